@@ -1,0 +1,42 @@
+// EMSDataObject: the byte buffer through which every object exchanges
+// message bytes. One immutable array and a span on it (Position, Length).
+// Clones share the array, so cloning a large message is O(1).
+#ifndef PARCELVANE_SRC_DATA_DATA_OBJECT_H
+#define PARCELVANE_SRC_DATA_DATA_OBJECT_H
+
+#include <memory>
+
+#include "src/data/byte_store.h"
+#include "src/server/com_object.h"
+
+namespace pv {
+
+class DataObject final : public ComObject<DataObject, IEMSDataObject> {
+ public:
+  explicit DataObject(IUnknown* outer) : ComObject(outer) {}
+
+  PV_MEMBERS_IEMSDataObject(PV_OVERRIDE_MEMBER)
+
+  // The library's own access, without the copies the interface makes.
+  const std::shared_ptr<const ByteStore>& store() const { return store_; }
+  ULONG position() const { return position_; }
+  ULONG length() const { return length_; }
+  ULONG dataSize() const { return dataSize_; }
+  // Storing an array: the span covers all of it.
+  void SetStore(std::shared_ptr<const ByteStore> store);
+  // The span setters, with the interface's clamping.
+  void SetPosition(ULONG position);
+  void SetLength(ULONG length);
+
+ private:
+  HRESULT CreateFromUtf16(SAFEARRAY* array, LONG codePage);
+
+  std::shared_ptr<const ByteStore> store_;
+  ULONG dataSize_ = 0;
+  ULONG position_ = 0;
+  ULONG length_ = 0;
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_DATA_DATA_OBJECT_H

@@ -1,0 +1,27 @@
+// The identifier of each interface type, for typed QueryInterface calls.
+#ifndef PARCELVANE_SRC_PLATFORM_IID_OF_H
+#define PARCELVANE_SRC_PLATFORM_IID_OF_H
+
+#include "parcelvane/identifiers.h"
+#include "parcelvane/interfaces.h"
+
+namespace pv {
+
+template <class T>
+struct IidOf;
+
+#define PV_IID_OF(I) \
+  template <>        \
+  struct IidOf<I> {  \
+    static const IID& Get() { return IID_##I; } \
+  };
+PV_IID_OF(IUnknown)
+PV_IID_OF(IDispatch)
+PV_IID_OF(IClassFactory)
+PV_DUAL_INTERFACES(PV_IID_OF)
+PV_CUSTOM_INTERFACES(PV_IID_OF)
+#undef PV_IID_OF
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_PLATFORM_IID_OF_H

@@ -1,0 +1,35 @@
+// The module's class table: one row per creatable class, in registration
+// order. A row whose class is not built yet has no creator.
+#ifndef PARCELVANE_SRC_SERVER_CLASS_TABLE_H
+#define PARCELVANE_SRC_SERVER_CLASS_TABLE_H
+
+#include <cstddef>
+
+#include "parcelvane/platform.h"
+
+namespace pv {
+
+// Makes an object of the row's class, standalone (outer null) or as the
+// inner object of an aggregate (outer given, riid IID_IUnknown).
+using CreatorFn = HRESULT (*)(IUnknown* outer, REFIID riid, void** ppv);
+
+struct ClassRow {
+  const char* name;            // "EMSDataObject"
+  const char* implementation;  // "CComEMSDataObject"
+  const char* interfaceName;   // "IEMSDataObject"
+  const IID* iid;              // default interface
+  const CLSID* clsid;
+  int registrationScript;  // resource number of the class's registration script
+  CreatorFn create;        // null while the class is not built
+};
+
+const ClassRow* ClassTableBegin();
+const ClassRow* ClassTableEnd();
+size_t ClassTableSize();
+
+// The first row for this class identifier that has a creator, or null.
+const ClassRow* FindCreatableClass(REFCLSID clsid);
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_SERVER_CLASS_TABLE_H

@@ -1,0 +1,15 @@
+// The creator of each built class, as the class table and class objects
+// call it: outer null for a standalone object, or the outer unknown (with
+// riid IID_IUnknown) for an aggregated one.
+#ifndef PARCELVANE_SRC_SERVER_CREATORS_H
+#define PARCELVANE_SRC_SERVER_CREATORS_H
+
+#include "parcelvane/platform.h"
+
+namespace pv {
+
+HRESULT CreateEMSDataObject(IUnknown* outer, REFIID riid, void** ppv);
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_SERVER_CREATORS_H

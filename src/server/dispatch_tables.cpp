@@ -1,0 +1,26 @@
+// The late-binding description of every dual interface, built from the
+// interface's member list, so it has the interface's slot order by
+// construction.
+#include "src/server/dispatch_args.h"
+
+namespace pv {
+
+#define PV_KIND_METHOD MemberKind::kMethod
+#define PV_KIND_GET MemberKind::kGet
+#define PV_KIND_PUT MemberKind::kPut
+
+// `Itf` is the interface whose table is being built (see below).
+#define PV_DESCRIBE_MEMBER(kind, name, params, optional) \
+  dispatch::Describe<&Itf::PV_MEMBER_NAME_##kind(name)>(#name, PV_KIND_##kind, optional),
+
+#define PV_DEFINE_DISPATCH_TABLE(I)                                             \
+  template <>                                                                   \
+  const DispatchTable& DispatchTableOf<I>() {                                   \
+    using Itf = I;                                                              \
+    static const DispatchTable table(#I, {PV_MEMBERS_##I(PV_DESCRIBE_MEMBER)}); \
+    return table;                                                               \
+  }
+
+PV_DUAL_INTERFACES(PV_DEFINE_DISPATCH_TABLE)
+
+}  // namespace pv

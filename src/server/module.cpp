@@ -1,0 +1,39 @@
+// The module's entry points: class objects by class identifier, the unload
+// test, and object creation for hosts without a component runtime.
+#include <atomic>
+
+#include "parcelvane/parcelvane.h"
+#include "src/server/class_factory.h"
+#include "src/server/module.h"
+
+namespace pv {
+namespace {
+std::atomic<LONG> g_lock_count{0};
+}  // namespace
+
+void ModuleLock() { g_lock_count.fetch_add(1, std::memory_order_relaxed); }
+void ModuleUnlock() { g_lock_count.fetch_sub(1, std::memory_order_relaxed); }
+LONG ModuleLockCount() { return g_lock_count.load(std::memory_order_relaxed); }
+
+}  // namespace pv
+
+extern "C" {
+
+PV_API HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
+  return pv::GetClassObject(rclsid, riid, ppv);
+}
+
+PV_API HRESULT STDAPICALLTYPE DllCanUnloadNow(void) { return pv::ModuleLockCount() == 0 ? S_OK : S_FALSE; }
+
+PV_API HRESULT PvCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, REFIID riid, void** ppv) {
+  if (ppv == nullptr) return E_POINTER;
+  *ppv = nullptr;
+  IClassFactory* factory = nullptr;
+  HRESULT hr = pv::GetClassObject(rclsid, IID_IClassFactory, reinterpret_cast<void**>(&factory));
+  if (FAILED(hr)) return hr;
+  hr = factory->CreateInstance(pUnkOuter, riid, ppv);
+  factory->Release();
+  return hr;
+}
+
+}  // extern "C"

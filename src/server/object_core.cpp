@@ -1,0 +1,58 @@
+#include "src/server/object_core.h"
+
+#include <vector>
+
+#include "src/server/module.h"
+
+namespace pv {
+
+const IID kIidObjectCore = {0x23679204, 0x54DC, 0x4833, {0xBF, 0xAB, 0x17, 0x63, 0x96, 0x4D, 0xC3, 0xBA}};
+
+ObjectCore::ObjectCore(IUnknown* outer) : inner_(this), controlling_(outer != nullptr ? outer : &inner_) {
+  ModuleLock();
+}
+
+ObjectCore::~ObjectCore() { ModuleUnlock(); }
+
+HRESULT ObjectCore::Inner::QueryInterface(REFIID riid, void** ppv) {
+  if (ppv == nullptr) return E_POINTER;
+  *ppv = nullptr;
+  if (IsEqualIID(riid, IID_IUnknown)) {
+    *ppv = static_cast<IUnknown*>(this);
+    AddRef();
+    return S_OK;
+  }
+  if (IsEqualIID(riid, kIidObjectCore)) {
+    *ppv = owner_;  // borrowed: see kIidObjectCore
+    return S_OK;
+  }
+  IUnknown* itf = owner_->InterfaceFor(riid);
+  if (itf == nullptr) return E_NOINTERFACE;
+  *ppv = itf;
+  itf->AddRef();
+  return S_OK;
+}
+
+ULONG ObjectCore::Inner::AddRef() { return ++owner_->refs_; }
+
+ULONG ObjectCore::Inner::Release() {
+  ULONG left = --owner_->refs_;
+  if (left == 0) DestroyLater(owner_);
+  return left;
+}
+
+void ObjectCore::DestroyLater(ObjectCore* object) {
+  thread_local std::vector<ObjectCore*> pending;
+  thread_local bool draining = false;
+  pending.push_back(object);
+  if (draining) return;
+  draining = true;
+  while (!pending.empty()) {
+    ObjectCore* next = pending.back();
+    pending.pop_back();
+    delete next;  // may queue the objects it held
+  }
+  draining = false;
+}
+
+}  // namespace pv
