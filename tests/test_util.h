@@ -117,7 +117,14 @@ class Arg {
     v_.pdispVal = p;
     if (p) p->AddRef();
   }
+  // A copy of `v` (which stays the caller's).
   explicit Arg(const VARIANT& v) { VariantCopy(&v_, &v); }
+  // Takes over what `v` holds.
+  static Arg Own(VARIANT v) {
+    Arg a(0);
+    a.v_ = v;
+    return a;
+  }
   Arg(const Arg& o) { VariantCopy(&v_, &o.v_); }
   ~Arg() { VariantClear(&v_); }
   const VARIANT& get() const { return v_; }

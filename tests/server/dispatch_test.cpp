@@ -135,7 +135,7 @@ TEST_F(DataObjectDispatch, MethodWithArgumentsAndObjectResult) {
 }
 
 TEST_F(DataObjectDispatch, OmittedOptionalArgumentTakesItsDefault) {
-  Arg text(Utf16Variant(W("abc")));
+  Arg text = Arg::Own(Utf16Variant(W("abc")));
   EXPECT_EQ(Invoke(dispatch_.get(), "CreateDataArray", DISPATCH_METHOD, {text}), S_OK);
   EXPECT_EQ(AllBytes(data_.get()), "abc");
   // An explicitly missing argument, as script engines pass it.
@@ -143,7 +143,7 @@ TEST_F(DataObjectDispatch, OmittedOptionalArgumentTakesItsDefault) {
   VariantInit(&missing);
   missing.vt = VT_ERROR;
   missing.scode = DISP_E_PARAMNOTFOUND;
-  Arg utf(Utf16Variant(W("\xC3\xA9")));
+  Arg utf = Arg::Own(Utf16Variant(W("\xC3\xA9")));
   EXPECT_EQ(Invoke(dispatch_.get(), "CreateDataArray", DISPATCH_METHOD, {utf, Arg(missing)}), S_OK);
   EXPECT_EQ(AllBytes(data_.get()), "\xE9");
   EXPECT_EQ(Invoke(dispatch_.get(), "CreateDataArray", DISPATCH_METHOD, {utf, 65001}), S_OK);
