@@ -11,9 +11,14 @@ bool ExtendedIsConvertible(UINT codePage);
 int ExtendedToWide(UINT codePage, const char* in, int inLen, OLECHAR* out, int outLen);
 int ExtendedToNarrow(UINT codePage, const OLECHAR* in, int inLen, char* out, int outLen);
 
-// The single byte that a page writes for a character it cannot represent
-// exactly ("best fit"), or -1 when it writes its default character.
-int BestFitByte(UINT codePage, OLECHAR c);
+// Whether a page can serve as the ANSI page: stateless, with the ASCII
+// bytes meaning ASCII, so that the narrow text of the library stays ASCII.
+bool ExtendedIsAsciiCompatible(UINT codePage);
+
+// The character a page may write instead of `c` when it cannot hold `c`
+// ("best fit": U+0100 gives "A"), or -1 when there is none. The caller
+// checks that its page holds the answer.
+int BestFitUnit(OLECHAR c);
 
 }  // namespace pv::detail
 

@@ -1,7 +1,12 @@
 // Code-page conversion off Windows. The pages that dominate mail (UTF-8,
 // windows-1252, ISO-8859-1, US-ASCII) have fast paths of their own that
-// reproduce the platform's answers byte for byte; every other page goes to
-// the extended converters.
+// reproduce the platform's answers byte for byte; every other page of the
+// charset table goes to the extended converters.
+//
+// The ANSI page is windows-1252, so that every byte maps to one character
+// and back. A process may choose another page once, at start-up, through
+// the environment variable PARCELVANE_ACP (a page number such as 65001 or
+// 1251); a page that is unknown, stateful or not ASCII-based is ignored.
 #include <cstdlib>
 #include <cstring>
 
@@ -13,6 +18,8 @@ namespace {
 
 constexpr OLECHAR kReplacement = 0xFFFD;
 constexpr char kDefaultChar = '?';
+constexpr UINT kCodePageOem = 437;
+constexpr UINT kCodePageMac = 10000;
 
 // windows-1252 bytes 0x80..0x9F; the five undefined bytes map to the C1
 // control of the same value so that every byte survives a round trip.
@@ -173,6 +180,16 @@ int EncodeSingleByte(UINT cp, OLECHAR c) {
   }
 }
 
+// The character written for one the page cannot hold: its best fit when
+// the page holds that, otherwise the default character.
+unsigned char EncodeSingleByteOrFit(UINT cp, OLECHAR c) {
+  int b = EncodeSingleByte(cp, c);
+  if (b >= 0) return static_cast<unsigned char>(b);
+  int fit = detail::BestFitUnit(c);
+  if (fit >= 0) b = EncodeSingleByte(cp, static_cast<OLECHAR>(fit));
+  return static_cast<unsigned char>(b >= 0 ? b : kDefaultChar);
+}
+
 bool IsFastPage(UINT cp) {
   return cp == kCodePageUtf8 || cp == kCodePageWindows1252 || cp == kCodePageLatin1 || cp == kCodePageUsAscii;
 }
@@ -184,7 +201,7 @@ UINT ReadAnsiCodePage() {
   unsigned long value = std::strtoul(env, &end, 10);
   if (end == env || *end != '\0' || value == 0 || value > 0xFFFF) return kCodePageWindows1252;
   UINT cp = static_cast<UINT>(value);
-  return (IsFastPage(cp) || detail::ExtendedIsConvertible(cp)) ? cp : kCodePageWindows1252;
+  return (IsFastPage(cp) || detail::ExtendedIsAsciiCompatible(cp)) ? cp : kCodePageWindows1252;
 }
 
 }  // namespace
@@ -194,8 +211,19 @@ UINT AnsiCodePage() {
   return page;
 }
 
+// 1 and 2 are the OEM and Macintosh pages of the en-US locale.
 UINT ResolveCodePage(UINT codePage) {
-  return (codePage == 0 || codePage == 3) ? AnsiCodePage() : codePage;
+  switch (codePage) {
+    case 0:
+    case 3:
+      return AnsiCodePage();
+    case 1:
+      return kCodePageOem;
+    case 2:
+      return kCodePageMac;
+    default:
+      return codePage;
+  }
 }
 
 bool IsCodePageConvertible(UINT codePage) {
@@ -225,11 +253,7 @@ int WideToMultiByte(UINT codePage, const OLECHAR* in, int inLen, char* out, int 
   if (cp == kCodePageUtf8) {
     EncodeUtf8(in, inLen, sink);
   } else {
-    for (int i = 0; i < inLen; ++i) {
-      int b = EncodeSingleByte(cp, in[i]);
-      if (b < 0) b = detail::BestFitByte(cp, in[i]);
-      sink.Put(static_cast<unsigned char>(b < 0 ? kDefaultChar : b));
-    }
+    for (int i = 0; i < inLen; ++i) sink.Put(EncodeSingleByteOrFit(cp, in[i]));
   }
   return sink.Result();
 }
