@@ -10,7 +10,7 @@ const ClassRow kRows[] = {
     {"EMSDataObject", "CComEMSDataObject", "IEMSDataObject", &IID_IEMSDataObject, &CLSID_EMSDataObject, 101,
      &CreateEMSDataObject},
     {"EMSHeaderCharset", "CComEMSHeaderCharset", "IEMSHeaderCharset", &IID_IEMSHeaderCharset,
-     &CLSID_EMSHeaderCharset, 103, nullptr},
+     &CLSID_EMSHeaderCharset, 103, &CreateEMSHeaderCharset},
     {"EMSHeaderMailbox", "CComEMSHeaderMailbox", "IEMSHeaderMailbox", &IID_IEMSHeaderMailbox,
      &CLSID_EMSHeaderMailbox, 104, nullptr},
     {"EMSHeaderMailboxes", "CComEMSHeaderMailboxes", "IEMSHeaderMailboxes", &IID_IEMSHeaderMailboxes,

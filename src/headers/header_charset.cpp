@@ -1,0 +1,530 @@
+#include "src/headers/header_charset.h"
+
+#include <array>
+#include <climits>
+#include <cstdint>
+
+#include "src/headers/mime_char_class.h"
+#include "src/platform/charset_table.h"
+#include "src/platform/codepage.h"
+#include "src/platform/strstri.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSHeaderCharset(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<HeaderCharset>(outer, riid, ppv);
+}
+
+namespace {
+
+constexpr size_t npos = std::string_view::npos;
+constexpr uint8_t kNotBase64 = 0xFF;
+constexpr char kBase64Digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+constexpr char kHexDigits[] = "0123456789ABCDEF";
+
+constexpr std::array<uint8_t, 256> MakeBase64Values() {
+  std::array<uint8_t, 256> values{};
+  for (auto& v : values) v = kNotBase64;
+  for (int i = 0; i < 64; ++i) values[static_cast<unsigned char>(kBase64Digits[i])] = static_cast<uint8_t>(i);
+  return values;
+}
+constexpr std::array<uint8_t, 256> kBase64Values = MakeBase64Values();
+
+int HexValue(unsigned char c) { return c <= '9' ? c - '0' : c - 'A' + 10; }
+
+bool IsSpaceOrTab(char c) { return c == ' ' || c == '\t'; }
+
+bool IsWhiteSpaceOnly(std::string_view run) {
+  for (char c : run) {
+    if (!IsSpaceOrTab(c)) return false;
+  }
+  return true;
+}
+
+// Appends `bytes` converted from `codePage` to wide characters; nothing
+// when the page cannot convert them.
+void AppendConverted(LONG codePage, std::string_view bytes, WString* out) {
+  if (bytes.empty() || bytes.size() > static_cast<size_t>(INT_MAX)) return;
+  UINT page = static_cast<UINT>(codePage);
+  int length = static_cast<int>(bytes.size());
+  int needed = MultiByteToWide(page, bytes.data(), length, nullptr, 0);
+  if (needed <= 0) return;
+  size_t old = out->size();
+  out->resize(old + static_cast<size_t>(needed));
+  int written = MultiByteToWide(page, bytes.data(), length, &(*out)[old], needed);
+  out->resize(old + static_cast<size_t>(written > 0 ? written : 0));
+}
+
+void AppendAscii(std::string_view ascii, WString* out) {
+  for (char c : ascii) out->push_back(static_cast<OLECHAR>(static_cast<unsigned char>(c)));
+}
+
+// Base64 of a word: letters outside the alphabet ("=" included) are skipped,
+// a NUL ends the text, and a final group of k values gives 6k/8 bytes.
+// False when there is nothing to convert (no bytes, or a first byte 0).
+bool DecodeBase64Word(std::string_view word, std::string* bytes) {
+  bytes->clear();
+  uint32_t bits = 0;
+  int count = 0;
+  for (char ch : word) {
+    if (ch == '\0') break;
+    uint8_t value = kBase64Values[static_cast<unsigned char>(ch)];
+    if (value == kNotBase64) continue;
+    bits = (bits << 6) | value;
+    if (++count < 4) continue;
+    bytes->push_back(static_cast<char>(bits >> 16));
+    bytes->push_back(static_cast<char>((bits >> 8) & 0xFF));
+    bytes->push_back(static_cast<char>(bits & 0xFF));
+    bits = 0;
+    count = 0;
+  }
+  if (count == 2) {
+    bytes->push_back(static_cast<char>((bits >> 4) & 0xFF));
+  } else if (count == 3) {
+    bytes->push_back(static_cast<char>((bits >> 10) & 0xFF));
+    bytes->push_back(static_cast<char>((bits >> 2) & 0xFF));
+  }
+  return !bytes->empty() && (*bytes)[0] != '\0';
+}
+
+// Q of a word: "_" is a space, "=" and two upper-case hex digits a byte;
+// a bare "=" is kept but makes the word malformed; printable ASCII other
+// than "?" and bytes 0xA0..0xFF stand for themselves; the rest is dropped.
+// False when the word is malformed or there is nothing to convert.
+bool DecodeQWord(std::string_view word, std::string* bytes) {
+  bytes->clear();
+  bool malformed = false;
+  for (size_t i = 0; i < word.size(); ++i) {
+    unsigned char c = static_cast<unsigned char>(word[i]);
+    if (c == '_') {
+      bytes->push_back(' ');
+    } else if (c == '=') {
+      if (i + 2 < word.size() && HasCharClass(static_cast<unsigned char>(word[i + 1]), kCharHexDigit) &&
+          HasCharClass(static_cast<unsigned char>(word[i + 2]), kCharHexDigit)) {
+        bytes->push_back(static_cast<char>(HexValue(static_cast<unsigned char>(word[i + 1])) * 16 +
+                                           HexValue(static_cast<unsigned char>(word[i + 2]))));
+        i += 2;
+      } else {
+        bytes->push_back('=');
+        malformed = true;
+      }
+    } else if ((c >= 0x21 && c <= 0x7E && c != '?') || c >= 0xA0) {
+      bytes->push_back(static_cast<char>(c));
+    }
+  }
+  return !malformed && !bytes->empty() && (*bytes)[0] != '\0';
+}
+
+// ---------------------------------------------------------------- decoding
+// Reads header text with a machine of four states: plain text, the
+// charset of a word, its encoding letter, and its encoded text. The
+// charset and letter of each word are stored into the object as they are
+// read, so the text after a word is converted with that word's page.
+class EncodedWordDecoder {
+ public:
+  EncodedWordDecoder(HeaderCharset* state, std::string_view in, WString* out) : state_(state), in_(in), out_(out) {}
+
+  void Run() {
+    state_->SetHeaderCodePage(kCodePageUnset);
+    size_t i = 0;
+    while (i < in_.size() && IsSpaceOrTab(in_[i])) ++i;
+    while (i < in_.size()) {
+      if (StartsWord(i)) {
+        i = ReadWord(i + 2);
+        if (i == npos) return;  // the structure broke off, or the input ended inside the word
+      } else {
+        i = ReadText(i);
+      }
+    }
+  }
+
+ private:
+  bool StartsWord(size_t i) const { return i + 1 < in_.size() && in_[i] == '=' && in_[i + 1] == '?'; }
+
+  // Decoding uses HeaderCodePage only when it is a real page (1 or more).
+  LONG Page() const {
+    LONG page = state_->storedHeaderCodePage();
+    return page >= 1 ? page : state_->defaultCodePage();
+  }
+
+  // A run of plain text: an "=" that starts no word, then everything up to
+  // the next "=". White space standing before an "=" is dropped; that is
+  // what joins adjacent encoded words.
+  size_t ReadText(size_t i) {
+    size_t from = in_[i] == '=' ? i + 1 : i;
+    size_t end = in_.find('=', from);
+    bool endedByEquals = end != npos;
+    if (!endedByEquals) end = in_.size();
+    std::string_view run = in_.substr(i, end - i);
+    if (!(endedByEquals && IsWhiteSpaceOnly(run))) AppendConverted(Page(), run, out_);
+    return end;
+  }
+
+  // From after "=?": the charset, the letter, the encoded text and "?=".
+  // Returns the position after the word, or npos when the parse stops.
+  size_t ReadWord(size_t i) {
+    state_->SetHeaderCodePage(kCodePageUnset);
+    state_->SetDefaultEncoding(kHeaderEncodingNone);
+    size_t end = i;
+    while (end < in_.size() && !EndsCharset(static_cast<unsigned char>(in_[end]))) ++end;
+    state_->SetHeaderCodePage(CharsetToCodePageNumber(in_.substr(i, end - i)));
+    if (end >= in_.size() || in_[end] != '?') return npos;
+    i = end + 1;
+    if (i >= in_.size()) return npos;
+    state_->SetDefaultEncoding(EncodingOfLetter(in_[i]));
+    if (i + 1 >= in_.size() || in_[i + 1] != '?') return npos;
+    return ReadEncodedText(i + 2);
+  }
+
+  static bool EndsCharset(unsigned char c) {
+    return c >= 0x80 || HasCharClass(c, kCharWhiteSpace | kCharAddressSpecial | kCharMimeSpecial);
+  }
+
+  static LONG EncodingOfLetter(char c) {
+    if (c == 'B' || c == 'b') return kHeaderEncodingB;
+    if (c == 'Q' || c == 'q') return kHeaderEncodingQ;
+    return kHeaderEncodingNone;
+  }
+
+  // The encoded text: a space decodes what was gathered and writes a space;
+  // "?=" ends the word (dropping a final "=" gathered just before it); any
+  // other "?" is skipped. Text that the input ends inside is lost.
+  size_t ReadEncodedText(size_t i) {
+    word_.clear();
+    for (;;) {
+      size_t stop = in_.find_first_of(" ?", i);
+      if (stop == npos) return npos;
+      word_.append(in_.data() + i, stop - i);
+      if (in_[stop] == ' ') {
+        FlushWord();
+        out_->push_back(u' ');
+        i = stop + 1;
+        continue;
+      }
+      if (stop + 1 < in_.size() && in_[stop + 1] == '=') {
+        if (!word_.empty() && in_[stop - 1] == '=') word_.pop_back();
+        FlushWord();
+        return stop + 2;
+      }
+      i = stop + 1;
+    }
+  }
+
+  void FlushWord() {
+    if (word_.empty()) return;
+    DecodeWord(word_);
+    word_.clear();
+  }
+
+  // An unknown letter loses the word's text; a word that cannot be decoded
+  // (no real page, a malformed Q word, base64 giving nothing) comes out as
+  // its raw text in the ANSI page.
+  void DecodeWord(std::string_view word) {
+    LONG encoding = state_->defaultEncoding();
+    if (encoding == kHeaderEncodingNone) return;
+    LONG page = Page();
+    bool decoded = false;
+    if (page >= 1 && encoding == kHeaderEncodingB) decoded = DecodeBase64Word(word, &bytes_);
+    if (page >= 1 && encoding == kHeaderEncodingQ) decoded = DecodeQWord(word, &bytes_);
+    if (decoded) {
+      AppendConverted(page, bytes_, out_);
+    } else {
+      AppendConverted(static_cast<LONG>(kCodePageAnsi), word, out_);
+    }
+  }
+
+  HeaderCharset* state_;
+  std::string_view in_;
+  WString* out_;
+  std::string word_;   // the encoded text gathered so far
+  std::string bytes_;  // a decoded word
+};
+
+// ---------------------------------------------------------------- encoding
+// The exact byte count of a growing chunk in a code page. Pages whose bytes
+// are the sum of their characters' are measured one character at a time;
+// pages that shift state are measured whole (the budget keeps chunks short).
+class ChunkMeter {
+ public:
+  ChunkMeter(LONG codePage, WStringView text)
+      : page_(static_cast<UINT>(codePage)), text_(text), additive_(IsAdditive(codePage)) {}
+
+  void Start(size_t position) {
+    start_ = position;
+    units_ = 0;
+    bytes_ = 0;
+    pending_ = 0;
+  }
+  // The bytes of the chunk grown to `units` units.
+  int64_t BytesWith(size_t units) {
+    if (additive_) {
+      pending_ = bytes_ + Measure(text_.substr(start_ + units_, units - units_));
+    } else {
+      pending_ = Measure(text_.substr(start_, units));
+    }
+    return pending_;
+  }
+  void Accept(size_t units) {
+    units_ = units;
+    bytes_ = pending_;
+  }
+
+ private:
+  static bool IsAdditive(LONG codePage) {
+    LONG page = static_cast<LONG>(ResolveCodePage(static_cast<UINT>(codePage)));
+    return !CodePageToHeaderCharset(page).empty() && !IsStatefulCodePage(page);
+  }
+
+  int64_t Measure(WStringView units) const {
+    if (units.size() > static_cast<size_t>(INT_MAX)) return 0;
+    return WideToMultiByte(page_, units.data(), static_cast<int>(units.size()), nullptr, 0);
+  }
+
+  UINT page_;
+  WStringView text_;
+  bool additive_;
+  size_t start_ = 0;
+  size_t units_ = 0;
+  int64_t bytes_ = 0;
+  int64_t pending_ = 0;
+};
+
+// Writes text as encoded words of at most a budget of characters each, by
+// conservative estimates of the encoded length.
+class EncodedWordEncoder {
+ public:
+  EncodedWordEncoder(HeaderCharset* state, WStringView text, WString* out)
+      : state_(state), text_(text), out_(out), page_(EncodingPage(*state)), meter_(page_, text) {}
+
+  void Run() {
+    std::string_view charset = CodePageToHeaderCharset(page_);
+    if (state_->defaultEncoding() == kHeaderEncodingAuto) state_->SetDefaultEncoding(ChooseEncoding(charset));
+    encoding_ = state_->defaultEncoding();
+    if (encoding_ == kHeaderEncodingNone) {
+      *out_ = AnsiToWide(WideToAnsi(text_));
+      return;
+    }
+    // Any other code gives empty chunks: nothing is written.
+    if (encoding_ != kHeaderEncodingB && encoding_ != kHeaderEncodingQ) return;
+    WString prefix = WidenAscii("=?");
+    AppendAscii(charset, &prefix);
+    prefix.push_back(u'?');
+    prefix.push_back(encoding_ == kHeaderEncodingB ? u'B' : u'Q');
+    prefix.push_back(u'?');
+    int64_t prefixLength = static_cast<int64_t>(prefix.size());
+    int64_t budget = 81 - static_cast<int64_t>(state_->headerNameReserve()) - prefixLength;
+    const int64_t laterBudget = 78 - prefixLength;
+    size_t position = 0;
+    while (position < text_.size()) {
+      size_t units = CutChunk(position, budget);
+      if (units == 0) break;
+      if (!out_->empty()) out_->append(OLESTR("\r\n "));
+      out_->append(prefix);
+      if (encoding_ == kHeaderEncodingB) {
+        AppendBase64(bytes_);
+      } else {
+        AppendQ(bytes_);
+      }
+      out_->append(OLESTR("?="));
+      position += units;
+      budget = laterBudget;
+    }
+  }
+
+ private:
+  // Encoding uses HeaderCodePage unless it is exactly -1.
+  static LONG EncodingPage(const HeaderCharset& state) {
+    LONG page = state.storedHeaderCodePage();
+    return page != kCodePageUnset ? page : state.defaultCodePage();
+  }
+
+  // The automatic choice: Q for the ISO 8859 pages and B for ISO 2022 by
+  // name; otherwise by the share of 7-bit characters in the text.
+  LONG ChooseEncoding(std::string_view charset) const {
+    if (ContainsIgnoreCase(charset, "iso-8859") || ContainsIgnoreCase(charset, "iso8859")) return kHeaderEncodingQ;
+    if (ContainsIgnoreCase(charset, "iso-2022") || ContainsIgnoreCase(charset, "iso2022")) return kHeaderEncodingB;
+    if (text_.empty()) return kHeaderEncodingNone;
+    int64_t ascii = 0;
+    for (OLECHAR c : text_) ascii += static_cast<uint16_t>(c) < 128 ? 1 : 0;
+    int64_t percent = ascii * 100 / static_cast<int64_t>(text_.size());
+    if (percent < 60) return kHeaderEncodingB;
+    if (percent < 100) return kHeaderEncodingQ;
+    return kHeaderEncodingNone;
+  }
+
+  int64_t Estimate(int64_t bytes) const {
+    if (encoding_ == kHeaderEncodingB) return 4 * ((bytes + 2) / 3);
+    return 3 * (bytes + 1 + 3 * bytes / 68);
+  }
+
+  // A surrogate pair is one step: a chunk never ends between its units.
+  size_t StepAt(size_t i) const {
+    uint16_t unit = static_cast<uint16_t>(text_[i]);
+    if (unit < 0xD800 || unit > 0xDBFF || i + 1 >= text_.size()) return 1;
+    uint16_t next = static_cast<uint16_t>(text_[i + 1]);
+    return (next >= 0xDC00 && next <= 0xDFFF) ? 2 : 1;
+  }
+
+  // Grows the chunk at `position` while its estimate stays below the
+  // budget and converts it into bytes_. Returns its length in units, or 0
+  // for an empty chunk.
+  size_t CutChunk(size_t position, int64_t budget) {
+    meter_.Start(position);
+    size_t units = 0;
+    while (position + units < text_.size()) {
+      size_t grown = units + StepAt(position + units);
+      int64_t bytes = meter_.BytesWith(grown);
+      if (bytes == 0) return 0;
+      if (Estimate(bytes) >= budget) break;
+      meter_.Accept(grown);
+      units = grown;
+    }
+    if (units == 0) return 0;
+    if (!ToNarrow(static_cast<UINT>(page_), text_.substr(position, units), &bytes_) || bytes_.empty()) return 0;
+    return units;
+  }
+
+  void AppendBase64(std::string_view bytes) {
+    size_t i = 0;
+    for (; i + 3 <= bytes.size(); i += 3) {
+      uint32_t bits = (static_cast<uint32_t>(static_cast<unsigned char>(bytes[i])) << 16) |
+                      (static_cast<uint32_t>(static_cast<unsigned char>(bytes[i + 1])) << 8) |
+                      static_cast<unsigned char>(bytes[i + 2]);
+      PutBase64(bits, 4);
+    }
+    size_t rest = bytes.size() - i;
+    if (rest == 0) return;
+    uint32_t bits = static_cast<uint32_t>(static_cast<unsigned char>(bytes[i])) << 16;
+    if (rest == 2) bits |= static_cast<uint32_t>(static_cast<unsigned char>(bytes[i + 1])) << 8;
+    PutBase64(bits, rest + 1);
+    for (size_t pad = rest + 1; pad < 4; ++pad) out_->push_back(u'=');
+  }
+
+  void PutBase64(uint32_t bits, size_t digits) {
+    for (size_t d = 0; d < digits; ++d) {
+      out_->push_back(static_cast<OLECHAR>(kBase64Digits[(bits >> (18 - 6 * d)) & 0x3F]));
+    }
+  }
+
+  // Printable ASCII other than "=", "?" and "_" stands for itself, a space
+  // is "_", every other byte "=" and two upper-case hex digits.
+  void AppendQ(std::string_view bytes) {
+    for (char ch : bytes) {
+      unsigned char c = static_cast<unsigned char>(ch);
+      if (c >= 0x21 && c <= 0x7E && c != '=' && c != '?' && c != '_') {
+        out_->push_back(static_cast<OLECHAR>(c));
+      } else if (c == ' ') {
+        out_->push_back(u'_');
+      } else {
+        out_->push_back(u'=');
+        out_->push_back(static_cast<OLECHAR>(kHexDigits[c >> 4]));
+        out_->push_back(static_cast<OLECHAR>(kHexDigits[c & 0x0F]));
+      }
+    }
+  }
+
+  HeaderCharset* state_;
+  WStringView text_;
+  WString* out_;
+  LONG page_;
+  ChunkMeter meter_;
+  LONG encoding_ = kHeaderEncodingNone;
+  std::string bytes_;  // the current chunk in the code page
+};
+
+}  // namespace
+
+// ---------------------------------------------------------------- the object
+HeaderCharset::HeaderCharset(IUnknown* outer) : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
+
+void HeaderCharset::SetHeaderNameLength(size_t length) {
+  headerNameReserve_ = length > static_cast<size_t>(LONG_MAX - 4) ? LONG_MAX : static_cast<LONG>(length) + 4;
+}
+
+HRESULT HeaderCharset::Decode(std::string_view ansiText, WString* out) {
+  return Guard([&] {
+    out->clear();
+    EncodedWordDecoder(this, ansiText, out).Run();
+    return S_OK;
+  });
+}
+
+HRESULT HeaderCharset::Encode(WStringView text, WString* out) {
+  return Guard([&] {
+    out->clear();
+    EncodedWordEncoder(this, text, out).Run();
+    return S_OK;
+  });
+}
+
+HRESULT HeaderCharset::ParseHeader(BSTR bszVal, BSTR* pVal) {
+  if (bszVal == nullptr || pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    WString out;
+    HRESULT hr = Decode(BstrToAnsi(bszVal), &out);
+    if (FAILED(hr)) return hr;
+    return ReturnBstr(out, pVal);
+  });
+}
+
+HRESULT HeaderCharset::AssembleHeader(BSTR bszVal, BSTR* pVal) {
+  if (bszVal == nullptr || pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    WString out;
+    HRESULT hr = Encode(View(bszVal), &out);
+    if (FAILED(hr)) return hr;
+    return ReturnBstr(out, pVal);
+  });
+}
+
+HRESULT HeaderCharset::CharsetToCodePage(BSTR bszVal, LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = CharsetToCodePageNumber(View(bszVal));
+  return S_OK;
+}
+
+HRESULT HeaderCharset::CodePageToCharset(LONG nVal, BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(WidenAscii(CodePageToHeaderCharset(nVal)), pVal); });
+}
+
+HRESULT HeaderCharset::put_HeaderName(BSTR newVal) {
+  if (newVal != nullptr) SetHeaderNameLength(SysStringLen(newVal));
+  return S_OK;
+}
+
+HRESULT HeaderCharset::put_HeaderCodePage(LONG newVal) {
+  headerCodePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT HeaderCharset::get_HeaderCodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = headerCodePage();
+  return S_OK;
+}
+
+HRESULT HeaderCharset::put_DefaultCodePage(LONG newVal) {
+  defaultCodePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT HeaderCharset::get_DefaultCodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultCodePage_;
+  return S_OK;
+}
+
+HRESULT HeaderCharset::put_DefaultEncoding(LONG newVal) {
+  defaultEncoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT HeaderCharset::get_DefaultEncoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultEncoding_;
+  return S_OK;
+}
+
+}  // namespace pv
