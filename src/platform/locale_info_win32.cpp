@@ -1,0 +1,7 @@
+#include "src/platform/locale_info.h"
+
+namespace pv {
+
+WORD SystemDefaultLanguageId() { return ::GetSystemDefaultLangID(); }
+
+}  // namespace pv
