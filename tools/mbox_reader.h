@@ -54,7 +54,6 @@ class MboxReader {
   bool started_ = false;
   bool not_mbox_ = false;
   bool previous_line_empty_ = true;
-  bool have_message_ = false;
   MboxMessage current_;
   // A separator found while finishing the previous message.
   bool have_pending_separator_ = false;
