@@ -22,7 +22,7 @@ const ClassRow kRows[] = {
     {"EMSMessageParser", "CEMSComMessageParser", "IEMSMessageParser", &IID_IEMSMessageParser,
      &CLSID_EMSMessageParser, 108, nullptr},
     {"EMSMimeAttribute", "CComEMSMimeAttribute", "IEMSMimeAttribute", &IID_IEMSMimeAttribute,
-     &CLSID_EMSMimeAttribute, 112, nullptr},
+     &CLSID_EMSMimeAttribute, 112, &CreateEMSMimeAttribute},
     {"EMSMimeAttributes", "CComEMSMimeAttributes", "IEMSMimeAttributes", &IID_IEMSMimeAttributes,
      &CLSID_EMSMimeAttributes, 113, nullptr},
     {"EMSMimePart", "CComEMSMimePart", "IEMSMimePart", &IID_IEMSMimePart, &CLSID_EMSMimePart, 114, nullptr},
