@@ -12,7 +12,7 @@ const ClassRow kRows[] = {
     {"EMSHeaderCharset", "CComEMSHeaderCharset", "IEMSHeaderCharset", &IID_IEMSHeaderCharset,
      &CLSID_EMSHeaderCharset, 103, &CreateEMSHeaderCharset},
     {"EMSHeaderMailbox", "CComEMSHeaderMailbox", "IEMSHeaderMailbox", &IID_IEMSHeaderMailbox,
-     &CLSID_EMSHeaderMailbox, 104, nullptr},
+     &CLSID_EMSHeaderMailbox, 104, &CreateEMSHeaderMailbox},
     {"EMSHeaderMailboxes", "CComEMSHeaderMailboxes", "IEMSHeaderMailboxes", &IID_IEMSHeaderMailboxes,
      &CLSID_EMSHeaderMailboxes, 105, nullptr},
     {"EMSMessageParameter", "CComEMSMessageParameter", "IEMSMessageParameter", &IID_IEMSMessageParameter,
