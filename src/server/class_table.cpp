@@ -14,7 +14,7 @@ const ClassRow kRows[] = {
     {"EMSHeaderMailbox", "CComEMSHeaderMailbox", "IEMSHeaderMailbox", &IID_IEMSHeaderMailbox,
      &CLSID_EMSHeaderMailbox, 104, &CreateEMSHeaderMailbox},
     {"EMSHeaderMailboxes", "CComEMSHeaderMailboxes", "IEMSHeaderMailboxes", &IID_IEMSHeaderMailboxes,
-     &CLSID_EMSHeaderMailboxes, 105, nullptr},
+     &CLSID_EMSHeaderMailboxes, 105, &CreateEMSHeaderMailboxes},
     {"EMSMessageParameter", "CComEMSMessageParameter", "IEMSMessageParameter", &IID_IEMSMessageParameter,
      &CLSID_EMSMessageParameter, 106, nullptr},
     {"EMSMessageParameters", "CComEMSMessageParameters", "IEMSMessageParameters", &IID_IEMSMessageParameters,
