@@ -24,7 +24,7 @@ const ClassRow kRows[] = {
     {"EMSMimeAttribute", "CComEMSMimeAttribute", "IEMSMimeAttribute", &IID_IEMSMimeAttribute,
      &CLSID_EMSMimeAttribute, 112, &CreateEMSMimeAttribute},
     {"EMSMimeAttributes", "CComEMSMimeAttributes", "IEMSMimeAttributes", &IID_IEMSMimeAttributes,
-     &CLSID_EMSMimeAttributes, 113, nullptr},
+     &CLSID_EMSMimeAttributes, 113, &CreateEMSMimeAttributes},
     {"EMSMimePart", "CComEMSMimePart", "IEMSMimePart", &IID_IEMSMimePart, &CLSID_EMSMimePart, 114, nullptr},
     {"EMSMimePartDecoder", "CComEMSMimePartDecoder", "IEMSMimePartDecoder", &IID_IEMSMimePartDecoder,
      &CLSID_EMSMimePartDecoder, 115, nullptr},
