@@ -103,7 +103,7 @@ bool EncodeQuotedPrintable(std::string_view body, std::string* out);
 
 // Uuencode: "begin 644 <name>\r\n", lines of up to 45 bytes (count
 // character, groups of four characters, "\r\n"), then "`\r\nend\r\n". The
-// name is written as the narrow bytes given.
+// name is written as the narrow bytes given, up to its first NUL.
 bool EncodeUuencode(std::string_view body, std::string_view name, std::string* out);
 
 // The whole encode of a body for a concrete code (0, 1, 2 or 4; resolve code
