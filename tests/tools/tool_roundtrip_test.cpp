@@ -1,0 +1,44 @@
+// roundtrip: parse and assemble again.
+#ifdef PARCELVANE_TOOL_PATH
+
+#include <gtest/gtest.h>
+
+#include "tests/tools/tool_runner.h"
+#include "tools/line_ends.h"
+
+namespace pvtool::test {
+namespace {
+
+TEST(ToolRoundtrip, APlainMessageComesBackWithCrLfLineEnds) {
+  const RunResult r = RunTool({"roundtrip", Sample("plain.eml")});
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, BareLfToCrLf(ReadFile(Sample("plain.eml"))));
+}
+
+TEST(ToolRoundtrip, AMultipartMessageShowsTheSameAfterwards) {
+  TempDir dir;
+  ASSERT_EQ(RunTool({"roundtrip", Sample("multipart-report.eml"), "-o", dir / "again.eml"}).exit_code, 0);
+  EXPECT_EQ(RunTool({"show", "--json", dir / "again.eml"}).out,
+            RunTool({"show", "--json", Sample("multipart-report.eml")}).out);
+  EXPECT_EQ(RunTool({"text", dir / "again.eml"}).out, RunTool({"text", Sample("multipart-report.eml")}).out);
+}
+
+TEST(ToolRoundtrip, ASecondRoundtripChangesNothing) {
+  TempDir dir;
+  ASSERT_EQ(RunTool({"roundtrip", Sample("multipart-report.eml"), "-o", dir / "once.eml"}).exit_code, 0);
+  ASSERT_EQ(RunTool({"roundtrip", dir / "once.eml", "-o", dir / "twice.eml"}).exit_code, 0);
+  EXPECT_EQ(ReadFile(dir / "twice.eml"), ReadFile(dir / "once.eml"));
+}
+
+TEST(ToolRoundtrip, WriteFailuresAreReported) {
+  TempDir dir;
+  EXPECT_EQ(RunTool({"roundtrip", Sample("plain.eml"), "-o", dir / "no/such/dir.eml"}).exit_code, 5);
+  RunOptions full;
+  full.stdout_path = "/dev/full";
+  EXPECT_EQ(RunTool({"roundtrip", Sample("plain.eml")}, full).exit_code, 5);
+}
+
+}  // namespace
+}  // namespace pvtool::test
+
+#endif
