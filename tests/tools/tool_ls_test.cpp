@@ -144,6 +144,7 @@ double SecondsForLs(int count, size_t* lines) {
   const RunResult r = RunTool({"ls", mbox}, options);
   const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
   EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.err, "") << "no progress bar when standard error is not a terminal";
   *lines = Lines(ReadFile(dir / "listing")).size();
   return taken.count();
 }
@@ -158,6 +159,18 @@ TEST(ToolLs, TimeGrowsLinearlyWithTheNumberOfMessages) {
   // Four times the messages: linear work takes about four times as long;
   // quadratic work would take sixteen times.
   EXPECT_LT(large, small * 8 + 0.5);
+}
+
+TEST(ToolLs, ALongRunShowsAProgressBarOnATerminal) {
+  TempDir dir;
+  const std::string mbox = dir.Write("big.mbox", GeneratedMbox(20000));
+  const RunResult r = RunToolWithTerminalStderr({"ls", mbox});
+  EXPECT_EQ(r.exit_code, 0);
+  EXPECT_EQ(Lines(r.out).size(), 20000u);
+  EXPECT_NE(r.err.find("\r["), std::string::npos);
+  EXPECT_NE(r.err.find(" messages"), std::string::npos);
+  // The bar is wiped at the end.
+  EXPECT_EQ(r.err.substr(r.err.size() - 1), "\r");
 }
 
 }  // namespace

@@ -35,6 +35,11 @@ inline RunOptions InDir(std::string cwd) {
 
 RunResult RunTool(const std::vector<std::string>& args, const RunOptions& options = RunOptions());
 
+// Runs the command with standard error on a pseudo-terminal (so that it
+// sees a terminal there) and standard output in a file; `err` holds what
+// the terminal received.
+RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args);
+
 // A fresh directory, removed with everything in it at the end of the scope.
 class TempDir {
  public:

@@ -1,6 +1,8 @@
 #include "tests/tools/tool_runner.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -83,6 +85,56 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
   result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   if (options.stdout_path.empty()) result.out = ReadFile(out_path);
   result.err = ReadFile(err_path);
+  return result;
+}
+
+RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args) {
+  TempDir io;
+  const std::string out_path = io / "stdout";
+  std::vector<std::string> argv_storage = {PARCELVANE_TOOL_PATH};
+  argv_storage.insert(argv_storage.end(), args.begin(), args.end());
+  std::vector<char*> argv;
+  for (std::string& arg : argv_storage) argv.push_back(arg.data());
+  argv.push_back(nullptr);
+
+  RunResult result;
+  int master = -1, slave = -1;
+  if (openpty(&master, &slave, nullptr, nullptr, nullptr) != 0) return result;
+  const pid_t pid = fork();
+  if (pid == 0) {
+    const int in = open("/dev/null", O_RDONLY);
+    const int out = open(out_path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    if (in < 0 || out < 0) _exit(127);
+    dup2(in, 0), dup2(out, 1), dup2(slave, 2);
+    close(master);
+    execv(argv[0], argv.data());
+    _exit(127);
+  }
+  close(slave);
+  // Read the terminal while the child runs, so that it never blocks on it.
+  char buffer[4096];
+  for (;;) {
+    pollfd fd{master, POLLIN, 0};
+    if (poll(&fd, 1, 100) > 0) {
+      const ssize_t got = read(master, buffer, sizeof buffer);
+      if (got > 0) {
+        result.err.append(buffer, static_cast<size_t>(got));
+        continue;
+      }
+      break;  // EIO once the child has closed its side
+    }
+    int status = 0;
+    if (waitpid(pid, &status, WNOHANG) == pid) {
+      result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+      close(master);
+      result.out = ReadFile(out_path);
+      return result;
+    }
+  }
+  close(master);
+  int status = 0;
+  if (waitpid(pid, &status, 0) == pid) result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  result.out = ReadFile(out_path);
   return result;
 }
 
