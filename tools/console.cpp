@@ -1,5 +1,7 @@
 #include "tools/console.h"
 
+#include <cstdlib>
+
 #include "tools/utf.h"
 
 #ifdef _WIN32
@@ -39,15 +41,28 @@ void PrepareConsole() {}
 bool IsTerminal(std::FILE* stream) { return isatty(fileno(stream)) != 0; }
 #endif
 
+namespace {
+
+std::chrono::milliseconds ProgressDelay() {
+  const char* text = std::getenv("PARCELVANE_PROGRESS_DELAY_MS");
+  if (text == nullptr || *text == '\0') return std::chrono::milliseconds(500);
+  char* end = nullptr;
+  const long value = std::strtol(text, &end, 10);
+  if (*end != '\0' || value < 0) return std::chrono::milliseconds(500);
+  return std::chrono::milliseconds(value);
+}
+
+}  // namespace
+
 ProgressBar::ProgressBar(bool enabled, uint64_t total)
-    : enabled_(enabled), total_(total), start_(Clock::now()), last_draw_(start_) {}
+    : enabled_(enabled), total_(total), start_(Clock::now()), last_draw_(start_), delay_(ProgressDelay()) {}
 
 ProgressBar::~ProgressBar() { Finish(); }
 
 void ProgressBar::Update(uint64_t done, uint64_t items) {
   if (!enabled_) return;
   const auto now = Clock::now();
-  if (now - start_ < std::chrono::milliseconds(500)) return;
+  if (now - start_ < delay_) return;
   if (drawn_ && now - last_draw_ < std::chrono::milliseconds(100)) return;
   last_draw_ = now;
   drawn_ = true;

@@ -20,8 +20,9 @@ void PrepareConsole();
 bool IsTerminal(std::FILE* stream);
 
 // A one-line progress bar on standard error. It appears only when
-// enabled, and only once a run has taken longer than a moment, and it
-// redraws at most ten times a second.
+// enabled, and only once a run has taken longer than half a second (or
+// PARCELVANE_PROGRESS_DELAY_MS milliseconds), and it redraws at most ten
+// times a second.
 class ProgressBar {
  public:
   ProgressBar(bool enabled, uint64_t total);
@@ -39,6 +40,7 @@ class ProgressBar {
   uint64_t total_;
   Clock::time_point start_;
   Clock::time_point last_draw_;
+  std::chrono::milliseconds delay_;
   bool drawn_ = false;
 };
 

@@ -100,8 +100,9 @@ std::string Ls() {
          "One line per message of MAILBOX: index, date, sender, subject, size in\n"
          "bytes and number of attachments. MAILBOX is an mbox file (\"-\" for\n"
          "standard input) or a directory of message files; for a maildir the\n"
-         "files of cur/ and new/ are listed. On a terminal a long run shows a\n"
-         "progress bar on standard error.\n"
+         "files of cur/ and new/ are listed. On a terminal a run longer than half\n"
+         "a second shows a progress bar on standard error (the environment\n"
+         "variable PARCELVANE_PROGRESS_DELAY_MS sets that delay).\n"
          "\n"
          "  --json      print the list as one JSON document\n"
          "  --no-crlf   do not turn bare LF line ends into CR LF\n";

@@ -37,8 +37,9 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
 
 // Runs the command with standard error on a pseudo-terminal (so that it
 // sees a terminal there) and standard output in a file; `err` holds what
-// the terminal received.
-RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args);
+// the terminal received. `environment` ("NAME=value") is added to the
+// child's environment when not empty.
+RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args, const std::string& environment = "");
 
 // A fresh directory, removed with everything in it at the end of the scope.
 class TempDir {

@@ -88,7 +88,7 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
   return result;
 }
 
-RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args) {
+RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args, const std::string& environment) {
   TempDir io;
   const std::string out_path = io / "stdout";
   std::vector<std::string> argv_storage = {PARCELVANE_TOOL_PATH};
@@ -107,6 +107,7 @@ RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args) {
     if (in < 0 || out < 0) _exit(127);
     dup2(in, 0), dup2(out, 1), dup2(slave, 2);
     close(master);
+    if (!environment.empty()) putenv(const_cast<char*>(environment.c_str()));
     execv(argv[0], argv.data());
     _exit(127);
   }
