@@ -168,6 +168,40 @@ Address SplitAddress(std::string_view text) {
   return result;
 }
 
+std::vector<std::string> SplitAddressList(std::string_view value) {
+  std::vector<std::string> pieces;
+  size_t start = 0;
+  auto take = [&](size_t end) {
+    const std::string_view piece = Trim(value.substr(start, end - start));
+    if (!piece.empty()) pieces.emplace_back(piece);
+    start = end + 1;
+  };
+  int comments = 0;
+  bool quoted = false, angle = false;
+  for (size_t i = 0; i < value.size(); ++i) {
+    const char c = value[i];
+    if (c == '\\' && (quoted || comments > 0)) {
+      ++i;
+    } else if (quoted) {
+      quoted = c != '"';
+    } else if (comments > 0) {
+      comments += c == '(' ? 1 : c == ')' ? -1 : 0;
+    } else if (angle) {
+      angle = c != '>';
+    } else if (c == '"') {
+      quoted = true;
+    } else if (c == '(') {
+      comments = 1;
+    } else if (c == '<') {
+      angle = true;
+    } else if (c == ',' || c == ';') {
+      take(i);
+    }
+  }
+  if (start <= value.size()) take(value.size());
+  return pieces;
+}
+
 U16String RepairRawUtf8(U16View text) {
   U16String out;
   out.reserve(text.size());

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "tools/utf.h"
 
@@ -28,6 +29,12 @@ struct Address {
 // "Jürgen Müller <jm@example.org>", "\"Müller, J.\" <jm@example.org>" or
 // "jm@example.org".
 Address SplitAddress(std::string_view text);
+
+// The pieces of an address field value, split at the commas and
+// semicolons that stand outside quoted strings, angle brackets and
+// comments; blanks around each piece are trimmed and empty pieces dropped.
+// "Joe <j@x>, \"Ann, B.\" <a@y>" gives "Joe <j@x>" and "\"Ann, B.\" <a@y>".
+std::vector<std::string> SplitAddressList(std::string_view value);
 
 // Header values and bodies without a declared charset are often raw
 // UTF-8; read in the library's single-byte page they show as "Ã¼". Each

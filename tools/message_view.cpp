@@ -158,17 +158,18 @@ std::string MessageView::SenderAddress() const {
 }
 
 std::vector<std::pair<std::string, std::string>> MessageView::Mailboxes(const char* field_name) const {
+  // The library's mailbox list keeps "Joe <j@x>, Ann <a@y>" as one piece,
+  // so the tool splits the field itself and lets the library read each
+  // mailbox (decoding its name).
   std::vector<std::pair<std::string, std::string>> mailboxes;
-  Ref<IEMSMessageParameter> field;
-  if (FAILED(message_->FindHeader(Bstr(field_name).get(), field.put())) || !field) return mailboxes;
-  Ref<IEMSHeaderMailboxes> list;
-  if (FAILED(field->get_HeaderMailboxes(list.put())) || !list) return mailboxes;
-  LONG count = 0;
-  list->get_Count(&count);
-  for (LONG i = 0; i < count; ++i) {
+  for (const std::string& piece : SplitAddressList(UnfoldValue(RawField(field_name)))) {
+    Ref<IEMSHeaderMailboxes> list =
+        CreateObject<IEMSHeaderMailboxes>(CLSID_EMSHeaderMailboxes, "creating a mailbox list");
+    if (FAILED(list->ParseMailboxes(Bstr(piece).get(), 1))) continue;
     Bstr name, address;
-    list->get_MailboxName(i, name.put());
-    list->get_MailboxAddress(i, address.put());
+    list->get_MailboxName(0, name.put());
+    list->get_MailboxAddress(0, address.put());
+    if (address.wide().empty() && name.wide().empty()) continue;
     mailboxes.emplace_back(DisplayText(name), DisplayText(address));
   }
   return mailboxes;

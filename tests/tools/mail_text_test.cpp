@@ -45,6 +45,17 @@ TEST(SplitAddress, ABareAddressHasNoName) {
   EXPECT_EQ(a.address, "jm@example.org");
 }
 
+TEST(SplitAddressList, SplitsAtCommasOutsideQuotesAnglesAndComments) {
+  EXPECT_EQ(SplitAddressList("Joe <j@x>, \"Ann, B.\" <a@y>; c@z (Carl, Jr.)"),
+            (std::vector<std::string>{"Joe <j@x>", "\"Ann, B.\" <a@y>", "c@z (Carl, Jr.)"}));
+}
+
+TEST(SplitAddressList, DropsEmptyPiecesAndKeepsEscapedQuotes) {
+  EXPECT_EQ(SplitAddressList(" , a@x,, \"q\\\",\" <b@y> ,"),
+            (std::vector<std::string>{"a@x", "\"q\\\",\" <b@y>"}));
+  EXPECT_TRUE(SplitAddressList("").empty());
+}
+
 TEST(RepairRawUtf8, RawUtf8ReadAsSingleBytesIsReadAgain) {
   // "Grüße" in UTF-8 read byte by byte: "GrÃ¼ÃŸe".
   EXPECT_EQ(RepairRawUtf8(u"Gr\u00C3\u00BC\u00C3\u0178e"), u"Gr\u00FC\u00DFe");
