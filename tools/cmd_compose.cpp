@@ -94,6 +94,14 @@ void AddAttachment(IEMSMessageParser* message, const Attachment& attachment) {
   Bstr none("");
   Check(part->CreateAttach(Bstr(attachment.name).get(), data.get(), 0, none.get(), none.get(), none.get()),
         "attaching a file");
+  // CreateAttach gives the disposition only its file name; a reader needs
+  // the type too to see an attachment.
+  Ref<IEMSMessageParameter> field;
+  Ref<IEMSContentDisposition> disposition;
+  if (SUCCEEDED(part->FindHeader(Bstr("Content-Disposition").get(), field.put())) && field &&
+      SUCCEEDED(field->QueryInterface(IID_IEMSContentDisposition, reinterpret_cast<void**>(disposition.put())))) {
+    disposition->put_DispositionType(Bstr("attachment").get());
+  }
   Check(message->AddPart(kSubtypeMixed, part.get()), "adding an attachment");
 }
 

@@ -22,6 +22,7 @@ struct InterfaceId;
   struct InterfaceId<I> {      \
     static const IID& Get() { return IID_##I; } \
   };
+PVTOOL_INTERFACE_ID(IEMSContentDisposition)
 PVTOOL_INTERFACE_ID(IEMSDataObject)
 PVTOOL_INTERFACE_ID(IEMSHeaderMailboxes)
 PVTOOL_INTERFACE_ID(IEMSMimeAttribute)

@@ -14,6 +14,8 @@ namespace pvtool::test {
 namespace {
 
 // A message with one attachment per name, each holding "<i>:<name>".
+// Every part but the last keeps the line break before the next delimiter,
+// so its content ends in CR LF (see Content).
 std::string MessageWithAttachments(const std::vector<std::string>& filenames) {
   std::string m = "From: a@example.org\nSubject: files\nMIME-Version: 1.0\n"
                   "Content-Type: multipart/mixed; boundary=\"b\"\n\n";
@@ -22,6 +24,11 @@ std::string MessageWithAttachments(const std::vector<std::string>& filenames) {
          filenames[i] + "\"\n\n" + std::to_string(i) + ":" + filenames[i] + "\n";
   }
   return m + "--b--\n";
+}
+
+// What extracting attachment `i` of `count` gives.
+std::string Content(size_t i, size_t count, const std::string& name) {
+  return std::to_string(i) + ":" + name + (i + 1 < count ? "\r\n" : "");
 }
 
 bool Exists(const std::string& path) {
@@ -75,8 +82,8 @@ TEST(ToolExtract, TwoAttachmentsOfTheSameNameBothSurvive) {
   const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ListDir(dir.path()), (std::vector<std::string>{"same-1.txt", "same.txt"}));
-  EXPECT_EQ(ReadFile(dir / "same.txt"), "0:same.txt");
-  EXPECT_EQ(ReadFile(dir / "same-1.txt"), "1:same.txt");
+  EXPECT_EQ(ReadFile(dir / "same.txt"), Content(0, 2, "same.txt"));
+  EXPECT_EQ(ReadFile(dir / "same-1.txt"), Content(1, 2, "same.txt"));
 }
 
 TEST(ToolExtract, AnExistingFileIsNeverOverwritten) {
@@ -85,9 +92,9 @@ TEST(ToolExtract, AnExistingFileIsNeverOverwritten) {
   const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ReadFile(dir / "same.txt"), "precious");
-  EXPECT_EQ(ReadFile(dir / "same-1.txt"), "0:same.txt");
-  EXPECT_EQ(ReadFile(dir / "same-2.txt"), "1:same.txt");
-  EXPECT_NE(r.out.find("same-1.txt (10 bytes, attachment \"same.txt\")"), std::string::npos);
+  EXPECT_EQ(ReadFile(dir / "same-1.txt"), Content(0, 2, "same.txt"));
+  EXPECT_EQ(ReadFile(dir / "same-2.txt"), Content(1, 2, "same.txt"));
+  EXPECT_NE(r.out.find("same-1.txt (12 bytes, attachment \"same.txt\")"), std::string::npos);
 }
 
 TEST(ToolExtract, ForceOverwritesOlderFilesButKeepsDuplicates) {
@@ -97,8 +104,8 @@ TEST(ToolExtract, ForceOverwritesOlderFilesButKeepsDuplicates) {
                               WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ListDir(dir.path()), (std::vector<std::string>{"same-1.txt", "same.txt"}));
-  EXPECT_EQ(ReadFile(dir / "same.txt"), "0:same.txt");
-  EXPECT_EQ(ReadFile(dir / "same-1.txt"), "1:same.txt");
+  EXPECT_EQ(ReadFile(dir / "same.txt"), Content(0, 2, "same.txt"));
+  EXPECT_EQ(ReadFile(dir / "same-1.txt"), Content(1, 2, "same.txt"));
 }
 
 TEST(ToolExtract, DotDotAndAbsoluteNamesAreWrittenInsideTheDirectory) {
@@ -119,7 +126,7 @@ TEST(ToolExtract, ALinkPlantedInTheDirectoryIsNotFollowed) {
   const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"out-link.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ReadFile(victim), "safe");
-  EXPECT_EQ(ReadFile(dir / "out-link-1.txt"), "0:out-link.txt");
+  EXPECT_EQ(ReadFile(dir / "out-link-1.txt"), Content(0, 1, "out-link.txt"));
 }
 
 TEST(ToolExtract, JsonListsWhatWasWritten) {
@@ -132,7 +139,7 @@ TEST(ToolExtract, JsonListsWhatWasWritten) {
   ASSERT_EQ(v.size(), 2u);
   EXPECT_EQ(v[0]["attachment"].string(), "a.txt");
   EXPECT_EQ(v[0]["path"].string(), dir / "a.txt");
-  EXPECT_EQ(v[0]["size"].number(), 7);
+  EXPECT_EQ(v[0]["size"].number(), Content(0, 2, "a.txt").size());
   EXPECT_EQ(v[1]["attachment"].string().substr(0, 3), "CON");
   EXPECT_EQ(v[1]["path"].string().rfind(dir / "_CON", 0), 0u);
 }
