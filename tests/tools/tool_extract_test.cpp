@@ -48,16 +48,16 @@ TEST(ToolExtract, WritesTheAttachmentUnderItsName) {
 
 TEST(ToolExtract, WritesIntoTheCurrentDirectoryByDefault) {
   TempDir dir;
-  const RunResult r = RunTool({"extract", Sample("uuencoded.eml")}, InDir(dir.path()));
+  const RunResult r = RunTool({"extract", Sample("multipart-report.eml")}, InDir(dir.path()));
   EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{"figures.csv"});
-  EXPECT_EQ(ReadFile(dir / "figures.csv"), "id,name,total\n1,Anna,42\n2,Bob,17\n");
+  EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{"Bericht f\xC3\xBCr Q3.pdf"});
+  EXPECT_EQ(r.out, "wrote Bericht f\xC3\xBCr Q3.pdf (142 bytes)\n");
 }
 
 TEST(ToolExtract, CreatesAMissingDirectory) {
   TempDir dir;
-  EXPECT_EQ(RunTool({"extract", "-d", dir / "a/b", Sample("uuencoded.eml")}).exit_code, 0);
-  EXPECT_EQ(ListDir(dir / "a/b"), std::vector<std::string>{"figures.csv"});
+  EXPECT_EQ(RunTool({"extract", "-d", dir / "a/b", Sample("multipart-report.eml")}).exit_code, 0);
+  EXPECT_EQ(ListDir(dir / "a/b"), std::vector<std::string>{"Bericht f\xC3\xBCr Q3.pdf"});
 }
 
 TEST(ToolExtract, HostileNamesStayInsideTheDirectory) {
@@ -156,7 +156,7 @@ TEST(ToolExtract, AMessageWithoutAttachmentsWritesNothing) {
 TEST(ToolExtract, ADirectoryThatIsAFileIsAWriteFailure) {
   TempDir dir;
   const std::string file = dir.Write("file", "x");
-  const RunResult r = RunTool({"extract", "-d", file, Sample("uuencoded.eml")});
+  const RunResult r = RunTool({"extract", "-d", file, Sample("multipart-report.eml")});
   EXPECT_EQ(r.exit_code, 5);
   EXPECT_EQ(ReadFile(file), "x");
 }
@@ -165,7 +165,7 @@ TEST(ToolExtract, AnUnwritableDirectoryLeavesNoPartialFile) {
   if (geteuid() == 0) GTEST_SKIP() << "root may write anywhere";
   TempDir dir;
   ASSERT_EQ(chmod(dir.path().c_str(), 0500), 0);
-  const RunResult r = RunTool({"extract", "-d", dir.path(), Sample("uuencoded.eml")});
+  const RunResult r = RunTool({"extract", "-d", dir.path(), Sample("multipart-report.eml")});
   chmod(dir.path().c_str(), 0700);
   EXPECT_EQ(r.exit_code, 5);
   EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{});

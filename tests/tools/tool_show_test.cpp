@@ -82,11 +82,14 @@ TEST(ToolShow, APlainMessageHasNoParts) {
             std::string::npos);
 }
 
-TEST(ToolShow, UuencodedBlocksBecomeAttachments) {
+TEST(ToolShow, AUuencodedBlockBecomesAPartOfItsOwn) {
   const JsonValue v = JsonOf(RunTool({"show", "--json", Sample("uuencoded.eml")}));
-  ASSERT_EQ(v["attachments"].size(), 1u);
-  EXPECT_EQ(v["attachments"][0]["name"].string(), "figures.csv");
-  EXPECT_EQ(v["attachments"][0]["size"].number(), 34);
+  EXPECT_TRUE(v["mime"].boolean());
+  const JsonValue& parts = v["parts"];
+  ASSERT_EQ(parts.size(), 3u);
+  EXPECT_EQ(parts[0]["content_type"].string(), "multipart/mixed");
+  EXPECT_EQ(parts[2]["transfer_encoding"].string(), "x-uuencode");
+  EXPECT_EQ(parts[2]["decoded_size"].number(), 33);  // "id,name,total\n1,Anna,42\n2,Bob,17\n"
 }
 
 TEST(ToolShow, LfInputIsConvertedToCrLfByDefault) {
