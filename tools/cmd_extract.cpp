@@ -20,9 +20,11 @@ struct Written {
   uint64_t size = 0;
 };
 
-// The directory to write into, created when missing.
+// The directory to write into, created when missing; an empty path for
+// the current directory, so that the names printed carry no "./".
 fs::path PrepareDirectory(const std::string& dir) {
-  const fs::path path = PathFromUtf8(dir.empty() ? "." : dir);
+  if (dir.empty()) return fs::path();
+  const fs::path path = PathFromUtf8(dir);
   std::error_code error;
   if (fs::is_directory(path, error)) return path;
   if (fs::exists(path, error)) throw ToolError(kExitWriteFailed, dir + ": not a directory");
