@@ -52,7 +52,7 @@ class Listing {
     if (json_) {
       json_writer_.BeginArray();
     } else if (terminal_) {
-      WriteOut(std::string("   #  ") + PadRight("date", 16) + "  " + PadRight("from", 24) + "  " +
+      WriteOut(std::string("     #  ") + PadRight("date", 16) + "  " + PadRight("from", 24) + "  " +
                PadRight("subject", 40) + "  " + PadRight("     size", 9) + "  att\n");
     }
   }
@@ -63,7 +63,7 @@ class Listing {
     char tail[48];
     std::snprintf(tail, sizeof tail, "  %9llu  %3d\n", static_cast<unsigned long long>(e.size), e.attachments);
     char index[24];
-    std::snprintf(index, sizeof index, "%4llu  ", static_cast<unsigned long long>(e.index));
+    std::snprintf(index, sizeof index, "%6llu  ", static_cast<unsigned long long>(e.index));
     const std::string subject = e.problem.empty() ? e.subject : "(" + e.problem + ")";
     WriteOut(std::string(index) + FitColumn(TerminalSafe(e.date), 16) + "  " + FitColumn(TerminalSafe(e.sender), 24) +
              "  " + FitColumn(TerminalSafe(subject), 40) + tail);
