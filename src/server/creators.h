@@ -10,6 +10,8 @@ namespace pv {
 
 HRESULT CreateEMSDataObject(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSHeaderCharset(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv);
 
 }  // namespace pv
 
