@@ -10,6 +10,10 @@ namespace pv {
 
 HRESULT CreateEMSDataObject(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSHeaderCharset(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSHeaderMailbox(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSHeaderMailboxes(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimeAttribute(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimeAttributes(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv);
 

@@ -1,0 +1,286 @@
+#include "src/headers/mime_attribute.h"
+
+#include <cstdint>
+
+#include "src/headers/header_text.h"
+#include "src/platform/charset_table.h"
+#include "src/platform/codepage.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSMimeAttribute(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<MimeAttribute>(outer, riid, ppv);
+}
+
+namespace {
+
+constexpr size_t npos = std::string_view::npos;
+
+int HexValue(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  if (c >= 'A' && c <= 'F') return c - 'A' + 10;
+  if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+  return -1;
+}
+
+// The value of `count` hex digits at `at`, or -1 when they are not all there.
+int32_t HexNumber(std::string_view text, size_t at, size_t count) {
+  if (at > text.size() || text.size() - at < count) return -1;
+  int32_t value = 0;
+  for (size_t i = 0; i < count; ++i) {
+    int digit = HexValue(text[at + i]);
+    if (digit < 0) return -1;
+    value = value * 16 + digit;
+  }
+  return value;
+}
+
+void AppendConverted(UINT codePage, std::string_view bytes, WString* out) {
+  if (bytes.empty()) return;
+  WString wide;
+  if (!ToWide(codePage, bytes, &wide)) ToWide(kCodePageAnsi, bytes, &wide);
+  out->append(wide);
+}
+
+// Whether every unit is at most 128: such text is written unencoded (128
+// itself included, a bound that is kept as it is).
+bool IsPlainText(WStringView text) {
+  for (OLECHAR c : text) {
+    if (static_cast<uint16_t>(c) > 128) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+AttributeText SplitAttributeText(std::string_view text) {
+  AttributeText parts;
+  size_t equals = text.find('=');
+  if (equals == npos) return parts;
+  parts.hasEquals = true;
+  std::string_view name = TrimBlanks(text.substr(0, equals));
+  if (!name.empty() && name.back() == '*') {
+    while (!name.empty() && name.back() == '*') name.remove_suffix(1);
+    parts.extended = true;
+  }
+  parts.name = name;
+  std::string_view value = TrimBlanks(text.substr(equals + 1));
+  if (!value.empty() && value.front() == '"') {
+    value.remove_prefix(1);
+    if (!value.empty() && value.back() == '"') value.remove_suffix(1);
+  }
+  parts.value = value;
+  return parts;
+}
+
+void PercentDecode(std::string_view text, LONG codePage, WString* out) {
+  out->clear();
+  std::string escaped;  // the current run of escaped bytes
+  size_t plainFrom = 0;
+  size_t i = 0;
+  auto flushPlain = [&](size_t end) {
+    AppendConverted(kCodePageAnsi, text.substr(plainFrom, end - plainFrom), out);
+  };
+  auto flushEscaped = [&] {
+    AppendConverted(static_cast<UINT>(codePage), escaped, out);
+    escaped.clear();
+  };
+  while ((i = text.find('%', i)) != npos) {
+    int32_t byte = HexNumber(text, i + 1, 2);
+    int32_t unit = byte < 0 && i + 1 < text.size() && text[i + 1] == 'u'
+                       ? HexNumber(text, i + 2, 4)
+                       : -1;
+    bool percent = i + 1 < text.size() && text[i + 1] == '%';
+    if (byte < 0 && unit < 0 && !percent) {
+      ++i;  // a lone "%" is text
+      continue;
+    }
+    if (i > plainFrom) {
+      flushEscaped();
+      flushPlain(i);
+    }
+    if (byte >= 0) {
+      escaped.push_back(static_cast<char>(byte));
+      i += 3;
+    } else {
+      flushEscaped();
+      if (unit >= 0) {
+        out->push_back(static_cast<OLECHAR>(unit));
+        i += 6;
+      } else {
+        out->push_back(OLECHAR('%'));
+        i += 2;
+      }
+    }
+    plainFrom = i;
+  }
+  flushEscaped();
+  flushPlain(text.size());
+}
+
+// ---------------------------------------------------------------- the object
+HRESULT MimeAttribute::FinalConstruct() { return MakeObject(&charset_); }
+
+HRESULT MimeAttribute::Parse(std::string_view ansiText) { return ParseSplit(SplitAttributeText(ansiText)); }
+
+HRESULT MimeAttribute::ParseSplit(const AttributeText& parts) {
+  rawValue_.clear();
+  if (!parts.hasEquals) return E_FAIL;
+  name_.assign(parts.name);
+  if (parts.extended) extended_ = true;  // never cleared
+  rawValue_.assign(parts.value);
+  return DecodeRawValue();
+}
+
+HRESULT MimeAttribute::AppendAssembled(std::string* out) {
+  HRESULT hr = EncodeDecodedValue();
+  if (FAILED(hr)) return hr;
+  out->append(name_).append("=\"").append(rawValue_).push_back('"');
+  return S_OK;
+}
+
+HRESULT MimeAttribute::SetRawValue(std::string_view ansiRaw) {
+  rawValue_.assign(ansiRaw);
+  return DecodeRawValue();
+}
+
+HRESULT MimeAttribute::SetDecodedValue(WStringView decoded) {
+  decodedValue_.assign(decoded);
+  return EncodeDecodedValue();
+}
+
+HRESULT MimeAttribute::DecodeRawValue() {
+  decodedValue_.clear();
+  std::string unfolded = UnfoldHeaderText(rawValue_);
+  if (unfolded.empty()) return S_OK;
+  if (extended_) {
+    DecodeExtended(unfolded);
+    return S_OK;
+  }
+  charset_->SetDefaultCodePage(codePage_);
+  HRESULT hr = charset_->Decode(unfolded, &decodedValue_);
+  if (FAILED(hr)) return hr;
+  // The page and letter of the value's last encoded word, or the charset
+  // object's own when there was none.
+  codePage_ = charset_->headerCodePage();
+  encoding_ = charset_->defaultEncoding();
+  return S_OK;
+}
+
+// charset'language'text: the charset names the page of the escaped bytes.
+// Any other number of "'" leaves the page as it is and keeps only the text
+// before the first one.
+void MimeAttribute::DecodeExtended(std::string_view unfolded) {
+  size_t first = unfolded.find('\'');
+  std::string_view text = unfolded.substr(0, first);
+  if (first != npos) {
+    size_t second = unfolded.find('\'', first + 1);
+    if (second != npos && unfolded.find('\'', second + 1) == npos) {
+      codePage_ = CharsetToCodePageNumber(unfolded.substr(0, first));
+      text = unfolded.substr(second + 1);
+    }
+  }
+  PercentDecode(text, codePage_, &decodedValue_);
+}
+
+HRESULT MimeAttribute::EncodeDecodedValue() {
+  rawValue_.clear();
+  std::string text;
+  if (IsPlainText(decodedValue_)) {
+    text = WideToAnsi(decodedValue_);
+  } else {
+    // HeaderCodePage is left as the last decoding set it.
+    charset_->SetDefaultCodePage(codePage_);
+    charset_->SetDefaultEncoding(encoding_);
+    WString encoded;
+    HRESULT hr = charset_->Encode(decodedValue_, &encoded);
+    if (FAILED(hr)) return hr;
+    text = WideToAnsi(encoded);
+  }
+  rawValue_ = FoldHeaderText(text, name_.size(), FoldLineBreak::kForgetBothCandidates);
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- interface
+HRESULT MimeAttribute::ParseAttribute(BSTR bszVal) {
+  return Guard([&] { return Parse(BstrToAnsi(bszVal)); });
+}
+
+HRESULT MimeAttribute::AssembleAttribute(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    std::string text;
+    HRESULT hr = AppendAssembled(&text);
+    if (FAILED(hr)) return hr;
+    return ReturnBstr(AnsiToWide(text), pVal);
+  });
+}
+
+HRESULT MimeAttribute::Clone(IEMSMimeAttribute** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<MimeAttribute> clone;
+    HRESULT hr = MakeObject(&clone);
+    if (FAILED(hr)) return hr;
+    clone->SetName(name_);
+    hr = clone->SetRawValue(rawValue_);
+    if (FAILED(hr)) return hr;
+    *ppVal = clone.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MimeAttribute::get_Name(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(AnsiToWide(name_), pVal); });
+}
+
+HRESULT MimeAttribute::put_Name(BSTR newVal) {
+  return Guard([&] {
+    name_ = BstrToAnsi(newVal);
+    return S_OK;
+  });
+}
+
+HRESULT MimeAttribute::get_RawValue(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(AnsiToWide(rawValue_), pVal); });
+}
+
+HRESULT MimeAttribute::put_RawValue(BSTR newVal) {
+  return Guard([&] { return SetRawValue(BstrToAnsi(newVal)); });
+}
+
+HRESULT MimeAttribute::get_DecodedValue(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(decodedValue_, pVal); });
+}
+
+HRESULT MimeAttribute::put_DecodedValue(BSTR newVal) {
+  return Guard([&] { return SetDecodedValue(View(newVal)); });
+}
+
+HRESULT MimeAttribute::put_CodePage(LONG newVal) {
+  codePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT MimeAttribute::get_CodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = codePage_;
+  return S_OK;
+}
+
+HRESULT MimeAttribute::put_Encoding(LONG newVal) {
+  encoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT MimeAttribute::get_Encoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = encoding_;
+  return S_OK;
+}
+
+}  // namespace pv
