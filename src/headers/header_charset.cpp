@@ -1,8 +1,11 @@
 #include "src/headers/header_charset.h"
 
+#include <algorithm>
 #include <array>
 #include <climits>
 #include <cstdint>
+#include <limits>
+#include <vector>
 
 #include "src/headers/mime_char_class.h"
 #include "src/platform/charset_table.h"
@@ -242,60 +245,20 @@ class EncodedWordDecoder {
 };
 
 // ---------------------------------------------------------------- encoding
-// The exact byte count of a growing chunk in a code page. Pages whose bytes
-// are the sum of their characters' are measured one character at a time;
-// pages that shift state are measured whole (the budget keeps chunks short).
-class ChunkMeter {
- public:
-  ChunkMeter(LONG codePage, WStringView text)
-      : page_(static_cast<UINT>(codePage)), text_(text), additive_(IsAdditive(codePage)) {}
-
-  void Start(size_t position) {
-    start_ = position;
-    units_ = 0;
-    bytes_ = 0;
-    pending_ = 0;
-  }
-  // The bytes of the chunk grown to `units` units.
-  int64_t BytesWith(size_t units) {
-    if (additive_) {
-      pending_ = bytes_ + Measure(text_.substr(start_ + units_, units - units_));
-    } else {
-      pending_ = Measure(text_.substr(start_, units));
-    }
-    return pending_;
-  }
-  void Accept(size_t units) {
-    units_ = units;
-    bytes_ = pending_;
-  }
-
- private:
-  static bool IsAdditive(LONG codePage) {
-    LONG page = static_cast<LONG>(ResolveCodePage(static_cast<UINT>(codePage)));
-    return !CodePageToHeaderCharset(page).empty() && !IsStatefulCodePage(page);
-  }
-
-  int64_t Measure(WStringView units) const {
-    if (units.size() > static_cast<size_t>(INT_MAX)) return 0;
-    return WideToMultiByte(page_, units.data(), static_cast<int>(units.size()), nullptr, 0);
-  }
-
-  UINT page_;
-  WStringView text_;
-  bool additive_;
-  size_t start_ = 0;
-  size_t units_ = 0;
-  int64_t bytes_ = 0;
-  int64_t pending_ = 0;
-};
+// Whether the bytes of a text in a code page are the sum of those of its
+// characters. Pages that shift state (ISO-2022-JP, HZ, UTF-7) are not,
+// and neither is a page this table does not know.
+bool IsAdditivePage(LONG codePage) {
+  LONG page = static_cast<LONG>(ResolveCodePage(static_cast<UINT>(codePage)));
+  return !CodePageToHeaderCharset(page).empty() && !IsStatefulCodePage(page);
+}
 
 // Writes text as encoded words of at most a budget of characters each, by
 // conservative estimates of the encoded length.
 class EncodedWordEncoder {
  public:
   EncodedWordEncoder(HeaderCharset* state, WStringView text, WString* out)
-      : state_(state), text_(text), out_(out), page_(EncodingPage(*state)), meter_(page_, text) {}
+      : state_(state), text_(text), out_(out), page_(EncodingPage(*state)), additive_(IsAdditivePage(page_)) {}
 
   void Run() {
     std::string_view charset = CodePageToHeaderCharset(page_);
@@ -366,23 +329,84 @@ class EncodedWordEncoder {
     return (next >= 0xDC00 && next <= 0xDFFF) ? 2 : 1;
   }
 
-  // Grows the chunk at `position` while its estimate stays below the
-  // budget and converts it into bytes_. Returns its length in units, or 0
-  // for an empty chunk.
+  // The bytes of `units` units from `position` in the page (0 when the
+  // page cannot convert them).
+  int64_t Measure(size_t position, size_t units) const {
+    if (units > static_cast<size_t>(INT_MAX)) return 0;
+    return WideToMultiByte(static_cast<UINT>(page_), text_.data() + position, static_cast<int>(units), nullptr, 0);
+  }
+
+  // Cuts the next chunk at `position`: the longest run of whole characters
+  // whose estimate stays below the budget, converted into bytes_. Returns
+  // its length in units, or 0 for an empty chunk.
   size_t CutChunk(size_t position, int64_t budget) {
-    meter_.Start(position);
-    size_t units = 0;
-    while (position + units < text_.size()) {
-      size_t grown = units + StepAt(position + units);
-      int64_t bytes = meter_.BytesWith(grown);
-      if (bytes == 0) return 0;
-      if (Estimate(bytes) >= budget) break;
-      meter_.Accept(grown);
-      units = grown;
-    }
+    size_t units = additive_ ? GrowOneByOne(position, budget) : GrowBySearch(position, budget);
     if (units == 0) return 0;
     if (!ToNarrow(static_cast<UINT>(page_), text_.substr(position, units), &bytes_) || bytes_.empty()) return 0;
     return units;
+  }
+
+  // Adds one character at a time, measuring only the character added.
+  size_t GrowOneByOne(size_t position, int64_t budget) const {
+    size_t units = 0;
+    int64_t bytes = 0;
+    while (position + units < text_.size()) {
+      size_t step = StepAt(position + units);
+      int64_t grown = bytes + Measure(position + units, step);
+      if (grown == 0) return 0;  // the page converts nothing
+      if (Estimate(grown) >= budget) break;
+      bytes = grown;
+      units += step;
+    }
+    return units;
+  }
+
+  // A page that shifts state is measured whole. A longer chunk never takes
+  // fewer bytes, so the longest chunk within the budget is found by doubling
+  // and halving the number of characters rather than one at a time.
+  size_t GrowBySearch(size_t position, int64_t budget) {
+    ends_.clear();
+    int64_t first = Measure(position, EndOf(position, 1));
+    if (first == 0 || Estimate(first) >= budget) return 0;
+    size_t good = 1;  // characters known to fit
+    size_t bad = 0;   // characters known not to fit (0 while none is known)
+    while (bad == 0) {
+      size_t count = good * 2;
+      size_t end = EndOf(position, count);
+      size_t available = ends_.size();  // fewer than count at the end of the text
+      if (!Fits(position, end, budget)) {
+        bad = std::min(count, available);
+      } else if (available < count) {
+        return end;  // the rest of the text fits
+      } else {
+        good = count;
+      }
+    }
+    while (bad - good > 1) {
+      size_t middle = good + (bad - good) / 2;
+      if (Fits(position, EndOf(position, middle), budget)) {
+        good = middle;
+      } else {
+        bad = middle;
+      }
+    }
+    return EndOf(position, good);
+  }
+
+  bool Fits(size_t position, size_t units, int64_t budget) const {
+    int64_t bytes = Measure(position, units);
+    return bytes > 0 && Estimate(bytes) < budget;
+  }
+
+  // The units taken by the first `count` characters from `position` (all
+  // the rest of the text when it holds fewer).
+  size_t EndOf(size_t position, size_t count) {
+    while (ends_.size() < count) {
+      size_t at = ends_.empty() ? 0 : ends_.back();
+      if (position + at >= text_.size()) break;
+      ends_.push_back(at + StepAt(position + at));
+    }
+    return ends_.empty() ? 0 : ends_[std::min(count, ends_.size()) - 1];
   }
 
   void AppendBase64(std::string_view bytes) {
@@ -428,7 +452,8 @@ class EncodedWordEncoder {
   WStringView text_;
   WString* out_;
   LONG page_;
-  ChunkMeter meter_;
+  bool additive_;
+  std::vector<size_t> ends_;  // character ends of the chunk being cut
   LONG encoding_ = kHeaderEncodingNone;
   std::string bytes_;  // the current chunk in the code page
 };
@@ -439,7 +464,8 @@ class EncodedWordEncoder {
 HeaderCharset::HeaderCharset(IUnknown* outer) : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
 void HeaderCharset::SetHeaderNameLength(size_t length) {
-  headerNameReserve_ = length > static_cast<size_t>(LONG_MAX - 4) ? LONG_MAX : static_cast<LONG>(length) + 4;
+  constexpr LONG kLargest = std::numeric_limits<LONG>::max();
+  headerNameReserve_ = length > static_cast<size_t>(kLargest - 4) ? kLargest : static_cast<LONG>(length) + 4;
 }
 
 HRESULT HeaderCharset::Decode(std::string_view ansiText, WString* out) {

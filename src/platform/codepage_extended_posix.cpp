@@ -148,7 +148,7 @@ class Sink {
 // of a letter with accents (U+0100 "A" -> "A") or the plain form of a
 // compatibility character (full-width "A", no-break space), when the
 // decomposition is one base character followed only by combining marks.
-UChar32 BestFitCandidate(UChar32 c) {
+UChar32 DecomposeToBase(UChar32 c) {
   UErrorCode err = U_ZERO_ERROR;
   const UNormalizer2* nfkd = unorm2_getNFKDInstance(&err);
   if (U_FAILURE(err)) return -1;
@@ -165,6 +165,25 @@ UChar32 BestFitCandidate(UChar32 c) {
     if (u_getCombiningClass(mark) == 0 && u_charType(mark) != U_NON_SPACING_MARK) return -1;
   }
   return base;
+}
+
+// The fits of the basic plane, worked out once (0: none), so that text
+// full of characters a page cannot hold converts at table speed.
+std::vector<char16_t> BuildBasicPlaneFits() {
+  std::vector<char16_t> fits(0x10000, 0);
+  for (UChar32 c = 0x80; c <= 0xFFFF; ++c) {
+    if (c >= 0xD800 && c <= 0xDFFF) continue;
+    UChar32 base = DecomposeToBase(c);
+    if (base > 0 && base <= 0xFFFF) fits[static_cast<size_t>(c)] = static_cast<char16_t>(base);
+  }
+  return fits;
+}
+
+UChar32 BestFitCandidate(UChar32 c) {
+  if (c > 0xFFFF) return DecomposeToBase(c);
+  static const std::vector<char16_t> fits = BuildBasicPlaneFits();
+  char16_t fit = c < 0 ? 0 : fits[static_cast<size_t>(c)];
+  return fit == 0 ? -1 : fit;
 }
 
 // ---------------------------------------------------------------- reverse maps

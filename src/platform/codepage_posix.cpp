@@ -162,6 +162,7 @@ OLECHAR DecodeSingleByte(UINT cp, unsigned char b) {
 int EncodeCp1252(OLECHAR c) {
   uint16_t u = static_cast<uint16_t>(c);
   if (u < 0x80 || (u >= 0xA0 && u <= 0xFF)) return u;
+  if (u > 0x2122) return -1;  // beyond the page's last character
   for (int i = 0; i < 32; ++i) {
     if (kCp1252High[i] == u) return 0x80 + i;
   }

@@ -64,37 +64,40 @@ icu::Collator* ThreadCollator() {
 }
 
 // ---------------------------------------------------------------- ASCII
-// The collator's primary weights for ASCII: 0 for what it ignores (the C0
-// controls other than TAB..CR, DEL, hyphen and apostrophe), then the
-// white-space controls, the punctuation in kPunctuationOrder, digits and
-// letters without regard to case. ASCII has no accents, so two strings whose
-// primaries agree differ at most in case.
-class AsciiWeights {
+// The collator's weights for ASCII, one key per character: the primary
+// weight shifted left by one, plus 1 for an upper-case letter. Key 0 is
+// what the collator ignores (the C0 controls other than TAB..CR, DEL,
+// hyphen and apostrophe); then come the white-space controls, the
+// punctuation in kPunctuationOrder, digits, and letters without regard to
+// case. ASCII has no accents, so two strings whose primaries agree differ
+// at most in case.
+class AsciiKeys {
  public:
-  constexpr AsciiWeights() {
-    uint8_t next = 1;
-    for (int c = 0x09; c <= 0x0D; ++c) primary_[c] = next++;
-    for (const char16_t* p = kPunctuationOrder; *p != 0; ++p) primary_[*p] = next++;
-    for (int c = '0'; c <= '9'; ++c) primary_[c] = next++;
+  constexpr AsciiKeys() {
+    uint16_t primary = 1;
+    for (int c = 0x09; c <= 0x0D; ++c) key_[c] = Key(primary++, false);
+    for (const char16_t* p = kPunctuationOrder; *p != 0; ++p) key_[*p] = Key(primary++, false);
+    for (int c = '0'; c <= '9'; ++c) key_[c] = Key(primary++, false);
     for (int c = 'a'; c <= 'z'; ++c) {
-      primary_[c] = next;
-      primary_[c - 'a' + 'A'] = next++;
+      key_[c] = Key(primary, false);
+      key_[c - 'a' + 'A'] = Key(primary++, true);
     }
   }
-  constexpr uint8_t Primary(OLECHAR c) const { return primary_[c]; }
+  constexpr uint16_t operator[](OLECHAR c) const { return key_[c]; }
 
  private:
-  uint8_t primary_[128] = {};
+  static constexpr uint16_t Key(uint16_t primary, bool upper) {
+    return static_cast<uint16_t>((primary << 1) | (upper ? 1 : 0));
+  }
+  uint16_t key_[128] = {};
 };
-constexpr AsciiWeights kAscii;
+constexpr AsciiKeys kAsciiKeys;
 
 bool IsAscii(WStringView s) {
   OLECHAR any = 0;
   for (OLECHAR c : s) any |= c;
   return any < 0x80;
 }
-
-bool IsUpperAscii(OLECHAR c) { return c >= u'A' && c <= u'Z'; }
 
 // The collator's answer for two ASCII strings: the first primary
 // difference, else the first case difference (lower case first).
@@ -103,15 +106,15 @@ int CollateAscii(WStringView a, WStringView b) {
   size_t j = 0;
   int caseOrder = 0;
   for (;;) {
-    while (i < a.size() && kAscii.Primary(a[i]) == 0) ++i;
-    while (j < b.size() && kAscii.Primary(b[j]) == 0) ++j;
+    uint16_t ka = 0;
+    uint16_t kb = 0;
+    while (i < a.size() && (ka = kAsciiKeys[a[i]]) == 0) ++i;
+    while (j < b.size() && (kb = kAsciiKeys[b[j]]) == 0) ++j;
     bool aDone = i == a.size();
     bool bDone = j == b.size();
     if (aDone || bDone) return aDone == bDone ? caseOrder : (aDone ? -1 : 1);
-    int pa = kAscii.Primary(a[i]);
-    int pb = kAscii.Primary(b[j]);
-    if (pa != pb) return pa < pb ? -1 : 1;
-    if (caseOrder == 0 && IsUpperAscii(a[i]) != IsUpperAscii(b[j])) caseOrder = IsUpperAscii(a[i]) ? 1 : -1;
+    if ((ka ^ kb) > 1) return ka < kb ? -1 : 1;  // the primaries differ
+    if (caseOrder == 0 && ka != kb) caseOrder = ka < kb ? -1 : 1;
     ++i;
     ++j;
   }

@@ -292,6 +292,16 @@ TEST(HeaderCharsetLibrary, SettersMatchTheProperties) {
   EXPECT_EQ(cs->headerCodePage(), -2);
 }
 
+TEST(HeaderCharsetLibrary, HugeHeaderNameLengthSaturatesTheReserve) {
+  ComPtr<HeaderCharset> cs;
+  ASSERT_EQ(MakeObject(&cs), S_OK);
+  cs->SetHeaderNameLength(static_cast<size_t>(1) << 40);
+  EXPECT_EQ(cs->headerNameReserve(), 0x7FFFFFFF);
+  WString out = W("stale");
+  EXPECT_EQ(cs->Encode(W("Hello"), &out), S_OK);
+  EXPECT_EQ(out, WString());  // no room for a single character
+}
+
 TEST(HeaderCharsetLibrary, CreatableThroughTheClassTable) {
   ComPtr<IUnknown> unknown;
   ASSERT_EQ(PvCreateInstance(CLSID_EMSHeaderCharset, nullptr, IID_IUnknown, unknown.put_void()), S_OK);

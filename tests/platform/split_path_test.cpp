@@ -117,7 +117,9 @@ TEST(SplitPath, TextAfterANulIsIgnored) {
   ExpectParts(parts, "", "", "a", ".txt");
 }
 
-TEST(SplitPath, NonAsciiTextIsKept) { ExpectParts(Split("C:\\café\\résumé.pdf"), "C:", "\\café\\", "résumé", ".pdf"); }
+TEST(SplitPath, NonAsciiTextIsKept) {
+  ExpectParts(Split("C:\\café\\résumé.pdf"), "C:", "\\café\\", "résumé", ".pdf");
+}
 
 TEST(SplitPath, ComponentsUpToTheirBufferLessOneFit) {
   std::string directory = std::string(254, 'd') + "\\";
@@ -131,7 +133,9 @@ TEST(SplitPath, OverlongDirectoryIsAnErrorAndEmptiesEveryPart) {
   ExpectParts(parts, "", "", "", "");
 }
 
-TEST(SplitPath, OverlongNameIsAnError) { ExpectParts(Split(std::string(260, 'n') + ".txt", kSplitPathTooLong), "", "", "", ""); }
+TEST(SplitPath, OverlongNameIsAnError) {
+  ExpectParts(Split(std::string(260, 'n') + ".txt", kSplitPathTooLong), "", "", "", "");
+}
 
 TEST(SplitPath, OverlongExtensionIsAnError) {
   ExpectParts(Split("x." + std::string(259, 'e'), kSplitPathTooLong), "", "", "", "");
