@@ -1,8 +1,12 @@
 // Parses any bytes as a header block from a data object, assembles the
-// list and parses the assembled bytes again. What must survive: the number
-// of fields and their names, and for every field whose name does not begin
-// with "Content-" its raw values and decoded text. A block without such
-// fields assembles to the same bytes the second time.
+// list and parses the assembled bytes again. Every field whose name does
+// not begin with "Content-" must assemble to well-formed lines (each line
+// feed followed by a blank). When every field does, what must survive the
+// second parse is the number of fields and their names, and for fields
+// whose name does not begin with "Content-" their raw values and decoded
+// text; a block without "Content-" fields then assembles to the same bytes
+// the second time. ("Content-" fields write their parameters as the
+// parameter list assembles them, which may hold line breaks of their own.)
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -22,7 +26,18 @@ struct FieldSummary {
   std::vector<std::string> values;
   pv::WString decoded;
   bool content = false;
+  bool wellFormed = false;
 };
+
+// Whether every line of an assembled field either continues the one
+// before it (it starts with a blank) or is the next occurrence of the field.
+bool IsWellFormed(const std::string& text, const std::string& name) {
+  for (size_t at = text.find('\n'); at != std::string::npos; at = text.find('\n', at + 1)) {
+    if (at + 1 == text.size() || text[at + 1] == ' ' || text[at + 1] == '\t') continue;
+    if (text.compare(at + 1, name.size() + 1, name + ":") != 0) return false;
+  }
+  return true;
+}
 
 std::vector<FieldSummary> Summarize(pv::MessageParameters* list) {
   std::vector<FieldSummary> fields;
@@ -34,6 +49,9 @@ std::vector<FieldSummary> Summarize(pv::MessageParameters* list) {
     summary.values = field->values();
     summary.decoded = field->decodedText();
     summary.content = pv::IsContentFieldName(summary.name);
+    std::string assembled;
+    if (FAILED(field->AssembleHeaderNarrow(&assembled))) std::abort();
+    summary.wellFormed = IsWellFormed(assembled, summary.name);
     fields.push_back(std::move(summary));
   }
   return fields;
@@ -81,6 +99,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!second) return 0;
 
   std::vector<FieldSummary> before = Summarize(first.get());
+  bool allWellFormed = true;
+  for (const FieldSummary& field : before) {
+    Check(field.content || field.wellFormed, "assembled lines of a field");
+    allWellFormed = allWellFormed && field.wellFormed;
+  }
+  if (!allWellFormed) return 0;
+
   std::vector<FieldSummary> after = Summarize(second.get());
   Check(before.size() == after.size(), "field count");
   bool anyContent = false;

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "src/headers/header_text.h"
 #include "src/headers/message_parameter.h"
 #include "src/platform/codepage.h"
 

@@ -620,7 +620,10 @@ HRESULT MessageParameter::put_FileName(BSTR newVal) {
 
 // ---------------------------------------------------------------- the library's own entry points
 HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {
-  return Guard([&] { return ParseHeaderText(AnsiRoundTrip(ansiText)); });
+  return Guard([&] {
+    if (AnsiKeepsEveryByte()) return ParseHeaderText(ansiText);
+    return ParseHeaderText(AnsiRoundTrip(ansiText));
+  });
 }
 
 HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {

@@ -1,6 +1,6 @@
 #include "src/headers/message_parameters.h"
 
-#include <climits>
+#include <limits>
 
 #include "src/data/data_access.h"
 #include "src/headers/header_block.h"
@@ -299,7 +299,8 @@ HRESULT MessageParameters::get_Parameter(LONG nIdx, IEMSMessageParameter** ppVal
 
 HRESULT MessageParameters::get_ParamCount(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = fields_.size() > static_cast<size_t>(LONG_MAX) ? LONG_MAX : static_cast<LONG>(fields_.size());
+  constexpr LONG kMost = std::numeric_limits<LONG>::max();
+  *pVal = fields_.size() > static_cast<size_t>(kMost) ? kMost : static_cast<LONG>(fields_.size());
   return S_OK;
 }
 

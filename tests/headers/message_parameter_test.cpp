@@ -710,15 +710,18 @@ TEST_F(MessageParameterTest, HeaderMailboxParsesTheUnfoldedFirstValue) {
 }
 
 TEST_F(MessageParameterTest, HeaderMailboxesParsesTheFirstValueAsEncodedText) {
-  field_ = Parsed("To: =?utf-8?Q?J=C3=B6?= <j@x.org>,\r\n b@y.org");
+  field_ = Parsed("To: j@x.org,\r\n =?utf-8?Q?J=C3=B6?= <b@y.org>");
+  field_->AddChainHeader(Parsed("To: other@example.com").get());
   ComPtr<IEMSHeaderMailboxes> list;
   EXPECT_EQ(field_->get_HeaderMailboxes(list.put()), S_OK);
   LONG count = 0;
   list->get_Count(&count);
   ASSERT_EQ(count, 2);
-  Bstr name, address;
-  list->get_MailboxName(0, name.put());
+  Bstr first, name, address;
+  list->get_MailboxAddress(0, first.put());
+  list->get_MailboxName(1, name.put());
   list->get_MailboxAddress(1, address.put());
+  EXPECT_EQ(U8(first), "j@x.org");
   EXPECT_EQ(U8(name), "J\xC3\xB6");
   EXPECT_EQ(U8(address), "b@y.org");
 }

@@ -154,17 +154,26 @@ TEST_F(MessageParametersTest, ParseOfEmptyTextEmptiesTheList) {
   EXPECT_EQ(Count(), 0);
 }
 
-TEST_F(MessageParametersTest, ParsedFieldsGetTheListsDefaults) {
+TEST_F(MessageParametersTest, ParsedFieldsDecodeWithTheListsCodePage) {
   list_->put_DefaultCodePage(65001);
-  list_->put_DefaultEncoding(1);
   Parse("Subject: caf\xC3\xA9\r\n");
   auto f = At(0);
   EXPECT_EQ(Decoded(f.get()), "caf\xC3\xA9");  // the bytes are read as UTF-8
-  LONG page = 0, encoding = 0;
+  LONG page = 0;
   f->get_DefaultCodePage(&page);
-  f->get_DefaultEncoding(&encoding);
-  EXPECT_EQ(page, 65001);
-  EXPECT_EQ(encoding, 1);
+  EXPECT_EQ(page, 65001);  // no word named another page
+}
+
+TEST_F(MessageParametersTest, ParsedFieldsTakeTheirEncodingFromTheirCharset) {
+  // The list's encoding is given to each field, but the refresh that ends
+  // the field's parse copies its charset's encoding over it.
+  list_->put_DefaultEncoding(1);
+  Parse("A: plain\r\nB: =?utf-8?Q?x?=\r\n");
+  LONG plain = 0, word = 0;
+  At(0)->get_DefaultEncoding(&plain);
+  At(1)->get_DefaultEncoding(&word);
+  EXPECT_EQ(plain, 2);  // a new charset's own encoding
+  EXPECT_EQ(word, 1);   // the last word's
 }
 
 TEST_F(MessageParametersTest, ChainedFieldsDecodeAsIfChainedOneAtATime) {
@@ -390,12 +399,13 @@ TEST_F(MessageParametersTest, CreateParameterAppendsANewFieldWithTheListsDefault
 }
 
 TEST_F(MessageParametersTest, ChangingTheDefaultsLeavesExistingFieldsAlone) {
-  Parse("A: 1\r\n");
+  ComPtr<IEMSMessageParameter> created;
+  list_->CreateParameter(B("A").get(), created.put());
   list_->put_DefaultCodePage(65001);
   list_->put_DefaultEncoding(2);
   LONG page = 0, encoding = 9;
-  At(0)->get_DefaultCodePage(&page);
-  At(0)->get_DefaultEncoding(&encoding);
+  created->get_DefaultCodePage(&page);
+  created->get_DefaultEncoding(&encoding);
   EXPECT_EQ(page, static_cast<LONG>(AnsiCodePage()));
   EXPECT_EQ(encoding, 0);
 }
