@@ -41,7 +41,8 @@ void BM_ParseContentTypeParameters(benchmark::State& state) {
     HRESULT hr = list->ParseAttributes(text.get());
     benchmark::DoNotOptimize(hr);
   }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(sizeof kContentTypeParameters - 1));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                          static_cast<int64_t>(sizeof kContentTypeParameters - 1));
 }
 BENCHMARK(BM_ParseContentTypeParameters);
 

@@ -79,18 +79,14 @@ void PercentDecode(std::string_view text, LONG codePage, WString* out) {
   std::string escaped;  // the current run of escaped bytes
   size_t plainFrom = 0;
   size_t i = 0;
-  auto flushPlain = [&](size_t end) {
-    AppendConverted(kCodePageAnsi, text.substr(plainFrom, end - plainFrom), out);
-  };
+  auto flushPlain = [&](size_t end) { AppendConverted(kCodePageAnsi, text.substr(plainFrom, end - plainFrom), out); };
   auto flushEscaped = [&] {
     AppendConverted(static_cast<UINT>(codePage), escaped, out);
     escaped.clear();
   };
   while ((i = text.find('%', i)) != npos) {
     int32_t byte = HexNumber(text, i + 1, 2);
-    int32_t unit = byte < 0 && i + 1 < text.size() && text[i + 1] == 'u'
-                       ? HexNumber(text, i + 2, 4)
-                       : -1;
+    int32_t unit = byte < 0 && i + 1 < text.size() && text[i + 1] == 'u' ? HexNumber(text, i + 2, 4) : -1;
     bool percent = i + 1 < text.size() && text[i + 1] == '%';
     if (byte < 0 && unit < 0 && !percent) {
       ++i;  // a lone "%" is text

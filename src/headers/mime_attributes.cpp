@@ -154,6 +154,11 @@ ComPtr<IEMSMimeAttribute> MimeAttributes::Find(std::string_view ansiName) const 
   return found == entries_.end() ? nullptr : found->second.object;
 }
 
+MimeAttribute* MimeAttributes::FindOwn(std::string_view ansiName) const {
+  auto found = entries_.find(AnsiToWide(ansiName));
+  return found == entries_.end() ? nullptr : found->second.own;
+}
+
 HRESULT MimeAttributes::Create(std::string_view ansiName, ComPtr<IEMSMimeAttribute>* out) {
   WString key = AnsiToWide(ansiName);
   auto place = PlaceOf(key);

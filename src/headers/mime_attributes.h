@@ -43,6 +43,10 @@ class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes
   HRESULT AppendAssembled(std::string* ansiOut);
   // FindAttribute: the stored attribute of this name, or null.
   ComPtr<IEMSMimeAttribute> Find(std::string_view ansiName) const;
+  // The same entry as the library's own object, to read its value without
+  // copies; null when there is none or a host put its own object there
+  // (then read it through Find).
+  MimeAttribute* FindOwn(std::string_view ansiName) const;
   // CreateAttribute: the stored attribute of this name with S_FALSE, or a
   // new one, added, with S_OK.
   HRESULT Create(std::string_view ansiName, ComPtr<IEMSMimeAttribute>* out);

@@ -136,6 +136,8 @@ bool DecodeUuencode(std::string_view in, char* out, size_t* produced) {
 }
 
 bool EncodeUuencode(std::string_view body, std::string_view name, std::string* out) {
+  // The "begin" line is formatted from a C string: the name ends at a NUL.
+  name = name.substr(0, name.find('\0'));
   const size_t fullLines = body.size() / kLineBytes;
   const size_t lastBytes = body.size() % kLineBytes;
   const uint64_t size = kBeginLine.size() + name.size() + 2 + fullLines * LineSize(kLineBytes) +

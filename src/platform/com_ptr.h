@@ -86,9 +86,6 @@ class ComPtr {
   T* p_ = nullptr;
 };
 
-// Whether two interface pointers name one object (compared by identity).
-bool SameObject(IUnknown* a, IUnknown* b);
-
 }  // namespace pv
 
 #endif  // PARCELVANE_SRC_PLATFORM_COM_PTR_H

@@ -541,7 +541,7 @@ TEST(PercentDecode, PlainTextIsAnsiAndEscapesFollowTheCodePage) {
 TEST(PercentDecode, InvalidUtf8BytesBecomeReplacementCharacters) {
   WString out;
   PercentDecode("a%FFb", 65001, &out);
-  EXPECT_EQ(U8(out), "a\xEF\xBF\xBD" "b");
+  EXPECT_EQ(U8(out), std::string("a") + "\xEF\xBF\xBD" + "b");
 }
 
 // ---------------------------------------------------------------- late binding

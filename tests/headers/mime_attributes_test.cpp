@@ -402,6 +402,7 @@ TEST_F(MimeAttributesTest, AddAttributeOfAnotherImplementationKeysByItsName) {
   EXPECT_EQ(l_->AddAttribute(Fake(FakeAttribute::NameRead::kString, "x-fake").get()), S_OK);
   EXPECT_EQ(Count(), 1);
   EXPECT_TRUE(Find("x-fake"));
+  EXPECT_EQ(ImplOf<MimeAttributes>(l_.get())->FindOwn("x-fake"), nullptr);
   EXPECT_EQ(Assemble(), ";\r\n\tx-fake=\"fake\"");
 }
 
@@ -651,6 +652,9 @@ TEST_F(MimeAttributesTest, NarrowEntryPointsRunTheSameCode) {
   ASSERT_TRUE(list->Find("charset"));
   EXPECT_EQ(RawOf(list->Find("charset").get()), "us-ascii");
   EXPECT_FALSE(list->Find("CHARSET"));
+  ASSERT_NE(list->FindOwn("format"), nullptr);
+  EXPECT_EQ(list->FindOwn("format")->rawValue(), "x");
+  EXPECT_EQ(list->FindOwn("missing"), nullptr);
   ComPtr<IEMSMimeAttribute> boundary;
   EXPECT_EQ(list->Create("boundary", &boundary), S_OK);
   EXPECT_EQ(list->Create("boundary", &boundary), S_FALSE);

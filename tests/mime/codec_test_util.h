@@ -25,12 +25,20 @@ inline void ExpectGuardIntact(const std::vector<char>& buffer, size_t inputSize)
   }
 }
 
-inline std::string Base64Decoded(std::string_view in) {
+inline std::string Base64DecodedBy(size_t (*decode)(std::string_view, char*), std::string_view in) {
   std::vector<char> buffer(in.size() + kGuardBytes, kGuard);
-  size_t produced = DecodeBase64(in, buffer.data());
+  size_t produced = decode(in, buffer.data());
   EXPECT_LE(produced, in.size());
   ExpectGuardIntact(buffer, in.size());
   return std::string(buffer.data(), produced);
+}
+
+// Both the decoder as it runs on this processor and its portable path,
+// which must agree.
+inline std::string Base64Decoded(std::string_view in) {
+  std::string decoded = Base64DecodedBy(DecodeBase64, in);
+  EXPECT_EQ(Base64DecodedBy(DecodeBase64Portable, in), decoded) << "the portable path differs";
+  return decoded;
 }
 
 inline std::string QuotedPrintableDecoded(std::string_view in) {

@@ -199,7 +199,7 @@ inline std::string EncodeQuotedPrintable(std::string_view in) {
 inline char UuChar(int v) { return static_cast<char>(v == 0 ? '`' : v + 32); }
 
 inline std::string EncodeUuencode(std::string_view in, std::string_view name) {
-  std::string out = "begin 644 " + std::string(name) + "\r\n";
+  std::string out = "begin 644 " + std::string(name.substr(0, name.find('\0'))) + "\r\n";
   for (size_t start = 0; start < in.size(); start += 45) {
     size_t n = in.size() - start < 45 ? in.size() - start : 45;
     char count = UuChar(static_cast<int>(n));

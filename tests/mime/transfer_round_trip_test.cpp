@@ -114,6 +114,20 @@ TEST(TransferCodecsAgreeWithPlainRules, Base64DecodeOnMostlyCleanLines) {
   }
 }
 
+TEST(TransferCodecsAgreeWithPlainRules, Base64DecodeWithEveryByteValueAtEveryPositionOfALongRun) {
+  // Clean runs are decoded in blocks; every byte value at every place of a
+  // block must end the bulk path exactly where the group rules say.
+  const std::string clean = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string run = clean + clean.substr(0, 36);
+  for (int value = 0; value < 256; ++value) {
+    for (size_t at = 0; at < 70; ++at) {
+      std::string in = run;
+      in[at] = static_cast<char>(value);
+      ASSERT_EQ(Base64Decoded(in), reference::DecodeBase64(in)) << "byte " << value << " at " << at;
+    }
+  }
+}
+
 TEST(TransferCodecsAgreeWithPlainRules, QuotedPrintableDecodeOnAwkwardInput) {
   std::mt19937 rng(7);
   const std::string alphabet = "===3DdaFfgX\r\n \t\0\xE9"s;

@@ -163,6 +163,10 @@ TEST(UuEncode, NameIsWrittenAsItsBytes) {
   EXPECT_EQ(Uuencoded("Cat", "r\xE9sum\xE9 1.txt"), "begin 644 r\xE9sum\xE9 1.txt\r\n#0V%T\r\n`\r\nend\r\n");
 }
 
+TEST(UuEncode, NameEndsAtItsFirstNul) {
+  EXPECT_EQ(Uuencoded("Cat", "a.txt\0.exe"s), "begin 644 a.txt\r\n#0V%T\r\n`\r\nend\r\n");
+}
+
 TEST(UuEncode, ZeroValuesAreGraveAccents) { EXPECT_EQ(Uuencoded("\0\0\0"s), "begin 644 f\r\n#````\r\n`\r\nend\r\n"); }
 
 TEST(UuEncode, SixtyThreeIsAnUnderscore) {
