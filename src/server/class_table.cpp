@@ -20,7 +20,7 @@ const ClassRow kRows[] = {
     {"EMSMessageParameters", "CComEMSMessageParameters", "IEMSMessageParameters", &IID_IEMSMessageParameters,
      &CLSID_EMSMessageParameters, 107, &CreateEMSMessageParameters},
     {"EMSMessageParser", "CEMSComMessageParser", "IEMSMessageParser", &IID_IEMSMessageParser,
-     &CLSID_EMSMessageParser, 108, nullptr},
+     &CLSID_EMSMessageParser, 108, &CreateEMSMessageParser},
     {"EMSMimeAttribute", "CComEMSMimeAttribute", "IEMSMimeAttribute", &IID_IEMSMimeAttribute,
      &CLSID_EMSMimeAttribute, 112, &CreateEMSMimeAttribute},
     {"EMSMimeAttributes", "CComEMSMimeAttributes", "IEMSMimeAttributes", &IID_IEMSMimeAttributes,

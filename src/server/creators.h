@@ -16,6 +16,7 @@ HRESULT CreateEMSMimeAttribute(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMimeAttributes(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParser(IUnknown* outer, REFIID riid, void** ppv);
 
 }  // namespace pv
 
