@@ -14,6 +14,9 @@ HRESULT CreateEMSHeaderMailbox(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSHeaderMailboxes(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMimeAttribute(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMimeAttributes(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMessageParser(IUnknown* outer, REFIID riid, void** ppv);
 
 }  // namespace pv
 
