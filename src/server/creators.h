@@ -14,6 +14,10 @@ HRESULT CreateEMSHeaderMailbox(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSHeaderMailboxes(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMimeAttribute(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMimeAttributes(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePart(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePartDecoder(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePartEncoder(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimeParts(IUnknown* outer, REFIID riid, void** ppv);
 
 }  // namespace pv
 
