@@ -1,0 +1,663 @@
+#include "src/headers/message_parameter.h"
+
+#include "src/headers/header_text.h"
+#include "src/platform/clock.h"
+#include "src/platform/codepage.h"
+#include "src/platform/random.h"
+#include "src/server/class_instance.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<MessageParameter>(outer, riid, ppv);
+}
+
+namespace {
+
+// Several values are shown as one text joined by an empty line, which can
+// never occur inside a single header value.
+constexpr std::string_view kSeparator = "\r\n\r\n";
+constexpr WStringView kWideSeparator = OLESTR("\r\n\r\n");
+
+// Calls `each` with every piece of `text` cut at the separator (an empty
+// text is one empty piece).
+template <class View, class F>
+void ForEachPiece(View text, View separator, F each) {
+  size_t from = 0;
+  for (;;) {
+    size_t at = text.find(separator, from);
+    if (at == View::npos) break;
+    each(text.substr(from, at - from));
+    from = at + separator.size();
+  }
+  each(text.substr(from));
+}
+
+std::string JoinValues(const std::vector<std::string>& values) {
+  size_t size = 0;
+  for (const std::string& value : values) size += value.size() + kSeparator.size();
+  std::string joined;
+  joined.reserve(size);
+  for (size_t i = 0; i < values.size(); ++i) {
+    if (i > 0) joined.append(kSeparator);
+    joined.append(values[i]);
+  }
+  return joined;
+}
+
+HRESULT ReturnNarrow(std::string_view text, BSTR* out) { return ReturnBstr(AnsiToWide(text), out); }
+
+Bstr WideBstr(std::string_view ascii) { return Bstr(WidenAscii(ascii)); }
+
+}  // namespace
+
+bool AnsiKeepsEveryByte() {
+  static const bool keeps = [] {
+    UINT page = ResolveCodePage(kCodePageAnsi);
+    return page == kCodePageWindows1252 || page == kCodePageLatin1;
+  }();
+  return keeps;
+}
+
+std::string AnsiRoundTrip(std::string_view bytes) {
+  if (AnsiKeepsEveryByte()) return std::string(bytes);
+  return WideToAnsi(AnsiToWide(bytes));
+}
+
+MessageParameter::MessageParameter(IUnknown* outer)
+    : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
+
+HRESULT MessageParameter::FinalConstruct() {
+  HRESULT hr = MakeObject(&charset_);
+  if (FAILED(hr)) return hr;
+  return CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_);
+}
+
+// ---------------------------------------------------------------- values and views
+bool MessageParameter::IsContentField() const { return IsContentFieldName(name_); }
+
+std::string MessageParameter::SplitOffParameters(std::string_view value) {
+  ParameterSplit split = SplitParameters(value);
+  Bstr parameters(AnsiToWide(split.parameters));
+  if (!parameters.is_null()) attributes_->ParseAttributes(parameters.get());  // status ignored
+  return std::string(split.value);
+}
+
+void MessageParameter::AppendRawPieces(std::string_view joined) {
+  ForEachPiece(joined, kSeparator, [&](std::string_view piece) { values_.emplace_back(piece); });
+}
+
+void MessageParameter::RefreshDecodedText(size_t count) {
+  decoded_.clear();
+  WString piece;
+  for (size_t i = 0; i < count && i < values_.size(); ++i) {
+    std::string unfolded = UnfoldHeaderText(values_[i]);
+    if (unfolded.empty()) continue;
+    charset_->SetDefaultCodePage(defaultCodePage_);
+    charset_->Decode(unfolded, &piece);  // status ignored
+    defaultCodePage_ = charset_->headerCodePage();
+    defaultEncoding_ = charset_->defaultEncoding();
+    if (!decoded_.empty()) decoded_.append(kWideSeparator);
+    decoded_.append(piece);
+  }
+}
+
+HRESULT MessageParameter::ParseHeaderText(std::string_view text) {
+  size_t colon = text.find(':');
+  if (colon == std::string_view::npos || colon == 0) return E_FAIL;
+  values_.clear();
+  name_ = std::string(TrimBlanks(text.substr(0, colon)));
+  std::string_view value = TrimTrailingLineBreaks(TrimLeadingBlanks(text.substr(colon + 1)));
+  values_.push_back(IsContentField() ? SplitOffParameters(value) : std::string(value));
+  if (EqualsIgnoreCaseAscii(name_, "Content-Type")) {
+    ParseContentTypeText(values_.back());
+  } else if (EqualsIgnoreCaseAscii(name_, "Content-Disposition")) {
+    content_.ParseDispositionText(values_.back());
+  }
+  RefreshDecodedText();
+  return S_OK;
+}
+
+void MessageParameter::SetRawDataText(std::string_view text) {
+  values_.clear();
+  bool content = IsContentField();
+  ForEachPiece(text, kSeparator, [&](std::string_view piece) {
+    values_.push_back(content ? SplitOffParameters(piece) : std::string(piece));
+  });
+  RefreshDecodedText();
+}
+
+void MessageParameter::SetUnfoldedDataText(std::string_view text) {
+  values_.clear();
+  ForEachPiece(text, kSeparator,
+               [&](std::string_view piece) { values_.push_back(FoldHeaderText(piece, name_.size())); });
+  RefreshDecodedText();
+}
+
+WString MessageParameter::AssembledAttributes() {
+  Bstr text;
+  attributes_->AssembleAttributes(text.put());  // left untouched when there are none
+  return WString(text.view());
+}
+
+std::string MessageParameter::HeaderLines() const {
+  std::string lines;
+  for (const std::string& value : values_) {
+    if (!lines.empty()) lines.append("\r\n");
+    lines.append(name_).append(": ").append(value);
+  }
+  return lines;
+}
+
+HRESULT MessageParameter::ParseHeader(BSTR bszVal) {
+  return Guard([&] { return ParseHeaderText(BstrToAnsi(bszVal)); });
+}
+
+HRESULT MessageParameter::AddChainHeader(IEMSMessageParameter* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    HRESULT hr = AppendChainPieces(pVal);
+    if (hr == S_OK) RefreshDecodedText();
+    return hr;
+  });
+}
+
+HRESULT MessageParameter::AppendChainPieces(IEMSMessageParameter* other) {
+  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(other)) {
+    if (!EqualsIgnoreCaseAscii(own->name_, name_)) return E_INVALIDARG;
+    std::string raw;
+    HRESULT hr = own->RawDataNarrow(&raw);
+    if (FAILED(hr)) return hr;
+    AppendRawPieces(raw);
+    return S_OK;
+  }
+  Bstr otherName;
+  HRESULT hr = other->get_Name(otherName.put());
+  if (FAILED(hr)) return hr;
+  if (!EqualsIgnoreCaseAscii(WideToAnsi(otherName.view()), name_)) return E_INVALIDARG;
+  Bstr raw;
+  other->get_RawData(raw.put());
+  AppendRawPieces(WideToAnsi(raw.view()));
+  return S_OK;
+}
+
+HRESULT MessageParameter::AppendChainDeferred(IEMSMessageParameter* other) {
+  return Guard([&] {
+    size_t before = values_.size();
+    HRESULT hr = AppendChainPieces(other);
+    if (hr != S_OK) return hr;
+    valuesBeforeLastChain_ = before;
+    chainPending_ = true;
+    return S_OK;
+  });
+}
+
+// Within one run of deferred chainings nothing else touches the field, so
+// each refresh would start from the default code page and encoding that
+// the one before it left. Those depend on the earlier state only where no
+// value names a charset, and there they are that state unchanged. So one
+// refresh over the values that the last chaining found, then one over all
+// of them, gives what a refresh after every chaining gives, in linear time.
+void MessageParameter::FinishChaining() {
+  if (!chainPending_) return;
+  chainPending_ = false;
+  RefreshDecodedText(valuesBeforeLastChain_);
+  RefreshDecodedText();
+}
+
+void MessageParameter::AssembleParts(std::string* lines, WString* parameters) {
+  *parameters = AssembledAttributes();
+  *lines = HeaderLines();
+  if (!values_.empty()) return;
+  // A field without values still writes a proper line when it has a
+  // content state or parameters to write.
+  std::string state;
+  if (EqualsIgnoreCaseAscii(name_, "Content-Type") && !content_.typeName.empty()) {
+    state = content_.ContentType();
+  } else if (EqualsIgnoreCaseAscii(name_, "Content-Disposition")) {
+    state = content_.dispositionType;
+  }
+  if (!state.empty() || !parameters->empty()) *lines = name_ + ": " + state;
+}
+
+HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    std::string lines;
+    WString parameters;
+    AssembleParts(&lines, &parameters);
+    return ReturnBstr(AnsiToWide(lines) + parameters, pVal);
+  });
+}
+
+HRESULT MessageParameter::FindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
+  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+  return attributes_->FindAttribute(bszName, ppVal);
+}
+
+HRESULT MessageParameter::CreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return attributes_->CreateAttribute(bszName, ppVal);
+}
+
+HRESULT MessageParameter::RemoveAttribute(BSTR bszName) {
+  if (bszName == nullptr) return E_POINTER;
+  attributes_->RemoveAttribute(bszName);
+  return S_OK;
+}
+
+HRESULT MessageParameter::Clone(IEMSMessageParameter** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<IEMSMessageParameter> clone;
+    HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
+    if (FAILED(hr)) return hr;
+    Bstr name(AnsiToWide(name_));
+    Bstr raw;
+    hr = get_RawData(raw.put());
+    if (FAILED(hr)) return hr;
+    clone->put_Name(name.get());
+    clone->put_RawData(raw.get());
+    clone->put_DefaultCodePage(defaultCodePage_);
+    // The clone's default encoding receives the code page: kept as it is.
+    clone->put_DefaultEncoding(defaultCodePage_);
+    *ppVal = clone.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_Name(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnNarrow(name_, pVal); });
+}
+
+HRESULT MessageParameter::put_Name(BSTR newVal) {
+  return Guard([&] {
+    name_ = BstrToAnsi(newVal);
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_RawData(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    WString raw = AnsiToWide(JoinValues(values_));
+    if (IsContentField()) raw.append(AssembledAttributes());
+    return ReturnBstr(raw, pVal);
+  });
+}
+
+HRESULT MessageParameter::put_RawData(BSTR newVal) {
+  return Guard([&] {
+    SetRawDataText(BstrToAnsi(newVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_UnfoldedData(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    std::string text;
+    for (const std::string& value : values_) {
+      if (!text.empty()) text.append(kSeparator);
+      text.append(UnfoldHeaderText(value));
+    }
+    return ReturnNarrow(text, pVal);
+  });
+}
+
+HRESULT MessageParameter::put_UnfoldedData(BSTR newVal) {
+  return Guard([&] {
+    SetUnfoldedDataText(BstrToAnsi(newVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(decoded_, pVal); });
+}
+
+// The caller's text becomes the decoded text as it is; the values are its
+// pieces encoded in the field's code page and encoding.
+HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
+  return Guard([&] {
+    decoded_ = WString(View(newVal));
+    values_.clear();
+    WString encoded;
+    ForEachPiece(WStringView(decoded_), kWideSeparator, [&](WStringView piece) {
+      charset_->SetDefaultCodePage(defaultCodePage_);
+      charset_->SetDefaultEncoding(defaultEncoding_);
+      charset_->Encode(piece, &encoded);  // status ignored
+      std::string value = WideToAnsi(encoded);
+      if (!value.empty()) values_.push_back(std::move(value));
+    });
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_Attributes(IEMSMimeAttributes** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  attributes_.CopyTo(ppVal);
+  return S_OK;
+}
+
+HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  if (pVal != attributes_.get()) attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- mailboxes
+HRESULT MessageParameter::get_HeaderMailbox(IEMSHeaderMailbox** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<IEMSHeaderMailbox> mailbox;
+    HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailbox, &mailbox);
+    if (FAILED(hr)) return hr;
+    if (values_.empty()) {
+      *ppVal = mailbox.detach();
+      return S_FALSE;
+    }
+    Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
+    mailbox->ParseMailbox(text.get());
+    *ppVal = mailbox.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::put_HeaderMailbox(IEMSHeaderMailbox* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    pVal->put_DefaultCodePage(defaultCodePage_);
+    pVal->put_DefaultEncoding(defaultEncoding_);
+    Bstr text;
+    if (FAILED(pVal->AssembleMailbox(text.put())) || text.view().empty()) return E_FAIL;
+    SetUnfoldedDataText(WideToAnsi(text.view()));  // folded like UnfoldedData put
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_HeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<IEMSHeaderMailboxes> mailboxes;
+    HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailboxes, &mailboxes);
+    if (FAILED(hr)) return hr;
+    if (values_.empty()) {
+      *ppVal = mailboxes.detach();
+      return S_FALSE;
+    }
+    Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
+    mailboxes->ParseMailboxes(text.get(), 1);
+    *ppVal = mailboxes.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    pVal->put_DefaultCodePage(defaultCodePage_);
+    pVal->put_DefaultEncoding(defaultEncoding_);
+    Bstr text;
+    if (FAILED(pVal->AssembleMailboxes(text.put())) || text.view().empty()) return E_FAIL;
+    SetRawDataText(WideToAnsi(text.view()));  // stored as it is: not folded
+    return S_OK;
+  });
+}
+
+// ---------------------------------------------------------------- plain properties
+HRESULT MessageParameter::get_HeaderCharset(IEMSHeaderCharset** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  *ppVal = charset_.get();
+  charset_->AddRef();
+  return S_OK;
+}
+
+HRESULT MessageParameter::put_DefaultCodePage(LONG newVal) {
+  defaultCodePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT MessageParameter::get_DefaultCodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultCodePage_;
+  return S_OK;
+}
+
+HRESULT MessageParameter::put_DefaultEncoding(LONG newVal) {
+  defaultEncoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT MessageParameter::get_DefaultEncoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultEncoding_;
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- content type
+void MessageParameter::ParseContentTypeText(std::string_view text) {
+  content_.ResetContentType();
+  ContentTypePut(text);
+}
+
+// A field without values takes the text as its first value, so that a new
+// "Content-Type" field gets its value this way.
+void MessageParameter::ContentTypePut(std::string_view text) {
+  if (values_.empty()) {
+    values_.emplace_back(text);
+    RefreshDecodedText();
+  }
+  content_.ParseContentTypeText(text);
+}
+
+HRESULT MessageParameter::ParseContentType(BSTR bszVal) {
+  content_.ResetContentType();
+  if (bszVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ContentTypePut(BstrToAnsi(bszVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::AssembleContentType(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(AnsiToWide(content_.ContentType()) + AssembledAttributes(), pVal); });
+}
+
+HRESULT MessageParameter::CreateBoundary(LONG n, BSTR* pVal) {
+  return Guard([&] {
+    int first = NextRandom();
+    int second = NextRandom();
+    Bstr boundary(WidenAscii(MakeBoundary(n, CurrentTimeSeconds(), first, second)));
+    if (boundary.is_null()) return E_OUTOFMEMORY;
+    put_Boundary(boundary.get());
+    if (pVal != nullptr) *pVal = boundary.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_ContentType(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnNarrow(content_.ContentType(), pVal); });
+}
+
+HRESULT MessageParameter::put_ContentType(BSTR newVal) {
+  return Guard([&] {
+    ContentTypePut(BstrToAnsi(newVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_MimeType(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = content_.typeCode;
+  return S_OK;
+}
+
+HRESULT MessageParameter::put_MimeType(LONG newVal) {
+  return Guard([&] {
+    content_.SetTypeCode(newVal);
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_MimeTypeName(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnNarrow(content_.typeName, pVal); });
+}
+
+HRESULT MessageParameter::put_MimeTypeName(BSTR newVal) {
+  return Guard([&] {
+    content_.SetTypeName(BstrToAnsi(newVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_MimeSubType(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = content_.subtypeCode;
+  return S_OK;
+}
+
+HRESULT MessageParameter::put_MimeSubType(LONG newVal) {
+  return Guard([&] {
+    content_.SetSubtypeCode(newVal);
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_MimeSubTypeName(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnNarrow(content_.subtypeName, pVal); });
+}
+
+HRESULT MessageParameter::put_MimeSubTypeName(BSTR newVal) {
+  return Guard([&] {
+    content_.SetSubtypeName(BstrToAnsi(newVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out) {
+  Bstr key = WideBstr(name);
+  if (key.is_null()) return E_OUTOFMEMORY;
+  HRESULT hr = attributes_->FindAttribute(key.get(), out->put());
+  if (FAILED(hr)) return hr;
+  return *out ? S_OK : S_FALSE;
+}
+
+HRESULT MessageParameter::SetNamedAttribute(const char* name, BSTR value, bool decoded) {
+  Bstr key = WideBstr(name);
+  if (key.is_null()) return E_OUTOFMEMORY;
+  ComPtr<IEMSMimeAttribute> attribute;
+  HRESULT hr = attributes_->CreateAttribute(key.get(), attribute.put());
+  if (attribute) {
+    if (decoded) {
+      attribute->put_DecodedValue(value);
+    } else {
+      attribute->put_RawValue(value);
+    }
+  }
+  return hr;
+}
+
+HRESULT MessageParameter::get_Boundary(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<IEMSMimeAttribute> attribute;
+    if (FindNamedAttribute("boundary", &attribute) != S_OK) return E_FAIL;
+    return attribute->get_RawValue(pVal);
+  });
+}
+
+HRESULT MessageParameter::put_Boundary(BSTR newVal) {
+  return Guard([&] { return SetNamedAttribute("boundary", newVal, false); });
+}
+
+// ---------------------------------------------------------------- disposition
+HRESULT MessageParameter::ParseDisposition(BSTR bszVal) {
+  content_.dispositionType.clear();
+  if (bszVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    content_.ParseDispositionText(BstrToAnsi(bszVal));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::AssembleDisposition(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnBstr(AnsiToWide(content_.dispositionType) + AssembledAttributes(), pVal); });
+}
+
+HRESULT MessageParameter::get_DispositionType(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] { return ReturnNarrow(content_.dispositionType, pVal); });
+}
+
+HRESULT MessageParameter::put_DispositionType(BSTR newVal) {
+  return Guard([&] {
+    content_.dispositionType = BstrToAnsi(newVal);
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::get_FileName(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<IEMSMimeAttribute> attribute;
+    if (FindNamedAttribute("filename", &attribute) != S_OK) return S_OK;  // nothing written
+    return attribute->get_DecodedValue(pVal);
+  });
+}
+
+HRESULT MessageParameter::put_FileName(BSTR newVal) {
+  return Guard([&] { return SetNamedAttribute("filename", newVal, true); });
+}
+
+// ---------------------------------------------------------------- the library's own entry points
+HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {
+  return Guard([&] {
+    if (AnsiKeepsEveryByte()) return ParseHeaderText(ansiText);
+    return ParseHeaderText(AnsiRoundTrip(ansiText));
+  });
+}
+
+HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {
+  return Guard([&] {
+    WString parameters;
+    AssembleParts(out, &parameters);
+    out->append(WideToAnsi(parameters));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::RawDataNarrow(std::string* out) {
+  return Guard([&] {
+    *out = JoinValues(values_);
+    if (IsContentField()) out->append(WideToAnsi(AssembledAttributes()));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::SetContentTypeNarrow(std::string_view ansiText) {
+  return Guard([&] {
+    ContentTypePut(AnsiRoundTrip(ansiText));
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
+  return Guard([&] {
+    Bstr value;
+    HRESULT hr = get_Boundary(value.put());
+    if (FAILED(hr)) return hr;
+    *out = WideToAnsi(value.view());
+    return S_OK;
+  });
+}
+
+}  // namespace pv

@@ -1,0 +1,130 @@
+// EMSMessageParameter: one header field. A name and its raw values, one per
+// occurrence (a field that occurs several times is chained into one), kept
+// folded and still encoded; views of them raw, unfolded and decoded; the
+// parameters of "Content-" fields in an attribute list; and the
+// content-type and disposition state, reached through IEMSContentType and
+// IEMSContentDisposition.
+//
+// Narrow text is in the ANSI code page. Every value entered through a wide
+// operation has passed through that page once, so the narrow entry points
+// below pass their text through it too (a no-op where the page keeps every
+// byte) and give the same results as the wide operations.
+#ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
+#define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "src/headers/content_type_codes.h"
+#include "src/headers/header_charset.h"
+#include "src/platform/strings.h"
+#include "src/server/com_object.h"
+
+namespace pv {
+
+// Whether the ANSI code page maps every byte to one character and back
+// (windows-1252, ISO-8859-1), so that narrow text survives a round trip
+// through wide text unchanged.
+bool AnsiKeepsEveryByte();
+
+// `bytes` as they come back from a round trip through wide text in the
+// ANSI code page: unchanged where the page keeps every byte.
+std::string AnsiRoundTrip(std::string_view bytes);
+
+class MessageParameter final
+    : public ComObject<MessageParameter, IEMSMessageParameter, IEMSContentType, IEMSContentDisposition> {
+ public:
+  explicit MessageParameter(IUnknown* outer);
+  // Makes the field's header charset and attribute list.
+  HRESULT FinalConstruct() override;
+
+  PV_MEMBERS_IEMSMessageParameter(PV_OVERRIDE_MEMBER)
+  PV_MEMBERS_IEMSContentType(PV_OVERRIDE_MEMBER)
+  PV_MEMBERS_IEMSContentDisposition(PV_OVERRIDE_MEMBER)
+
+  // ---------------------------------------------------------------- the library's own entry points
+  // ParseHeader on narrow text: S_OK, or E_FAIL without a usable colon.
+  HRESULT ParseHeaderNarrow(std::string_view ansiText);
+  // AssembleHeader as narrow text (without the final conversion to wide).
+  HRESULT AssembleHeaderNarrow(std::string* out);
+  // RawData as narrow text: the values joined by "\r\n\r\n", then, for a
+  // "Content-" field, its assembled parameters.
+  HRESULT RawDataNarrow(std::string* out);
+  // ContentType put on narrow text.
+  HRESULT SetContentTypeNarrow(std::string_view ansiText);
+  // The "boundary" parameter's raw value; E_FAIL when there is none.
+  HRESULT BoundaryNarrow(std::string* out);
+
+  const std::string& name() const { return name_; }
+  const std::vector<std::string>& values() const { return values_; }
+  bool hasValues() const { return !values_.empty(); }
+  // The first raw value, or empty text when there is none.
+  std::string_view firstValue() const { return values_.empty() ? std::string_view() : values_.front(); }
+  const WString& decodedText() const { return decoded_; }
+  // The content-type and disposition state: codes, names, disposition type.
+  const ContentState& content() const { return content_; }
+  void SetTypeCode(LONG code) { content_.SetTypeCode(code); }
+  void SetSubtypeCode(LONG code) { content_.SetSubtypeCode(code); }
+  void SetDispositionType(std::string_view type) { content_.dispositionType = std::string(type); }
+
+  LONG defaultCodePage() const { return defaultCodePage_; }
+  LONG defaultEncoding() const { return defaultEncoding_; }
+  void SetDefaults(LONG codePage, LONG encoding) {
+    defaultCodePage_ = codePage;
+    defaultEncoding_ = encoding;
+  }
+
+  // Chaining in bulk, for the header-list parse: AddChainHeader (same
+  // statuses) without its refresh of the decoded text; FinishChaining then
+  // brings the decoded text and defaults to where a refresh after every
+  // chaining would have left them. Nothing else may change the field in
+  // between.
+  HRESULT AppendChainDeferred(IEMSMessageParameter* other);
+  void FinishChaining();
+
+ private:
+  // Narrow text that has already passed through the ANSI code page.
+  HRESULT ParseHeaderText(std::string_view text);
+  void SetRawDataText(std::string_view text);
+  void SetUnfoldedDataText(std::string_view text);
+  void ContentTypePut(std::string_view text);
+  void ParseContentTypeText(std::string_view text);
+
+  bool IsContentField() const;
+  // Leaves the value before the first ";" and gives the rest to the
+  // attribute list.
+  std::string SplitOffParameters(std::string_view value);
+  void AppendRawPieces(std::string_view joined);
+  // AddChainHeader without the refresh.
+  HRESULT AppendChainPieces(IEMSMessageParameter* other);
+  // The attribute list's AssembleAttributes text (empty when it has none).
+  WString AssembledAttributes();
+  // One line per value: the name, ": " and the value.
+  std::string HeaderLines() const;
+  // What AssembleHeader writes: the lines, then the parameters.
+  void AssembleParts(std::string* lines, WString* parameters);
+  // Decodes the first `count` values into the decoded text, updating the
+  // default code page and encoding value by value.
+  void RefreshDecodedText(size_t count);
+  void RefreshDecodedText() { RefreshDecodedText(values_.size()); }
+
+  HRESULT FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out);
+  HRESULT SetNamedAttribute(const char* name, BSTR value, bool decoded);
+
+  ComPtr<HeaderCharset> charset_;
+  ComPtr<IEMSMimeAttributes> attributes_;
+  std::string name_;
+  WString decoded_;
+  std::vector<std::string> values_;
+  LONG defaultCodePage_;
+  LONG defaultEncoding_ = 0;
+  ContentState content_;
+  // How many values the field held before the last deferred chaining.
+  size_t valuesBeforeLastChain_ = 0;
+  bool chainPending_ = false;
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H

@@ -1,0 +1,335 @@
+#include "src/headers/message_parameters.h"
+
+#include <limits>
+
+#include "src/data/data_access.h"
+#include "src/headers/header_block.h"
+#include "src/headers/header_text.h"
+#include "src/headers/message_parameter.h"
+#include "src/platform/codepage.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<MessageParameters>(outer, riid, ppv);
+}
+
+namespace {
+
+constexpr size_t kNotIndexed = static_cast<size_t>(-1);
+
+// An entry's AssembleHeader as narrow text; empty when no string came back.
+std::string AssembledField(IEMSMessageParameter* field) {
+  std::string text;
+  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
+    if (FAILED(own->AssembleHeaderNarrow(&text))) text.clear();
+    return text;
+  }
+  Bstr assembled;
+  if (SUCCEEDED(field->AssembleHeader(assembled.put())) && !assembled.is_null()) {
+    text = WideToAnsi(assembled.view());
+  }
+  return text;
+}
+
+void TrimTrailingLineBreaksInPlace(std::string* text) {
+  size_t end = text->size();
+  while (end > 0 && IsLineBreakChar((*text)[end - 1])) --end;
+  text->resize(end);
+}
+
+}  // namespace
+
+MessageParameters::MessageParameters(IUnknown* outer)
+    : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
+
+// ---------------------------------------------------------------- entries and the name index
+bool MessageParameters::NameOf(IEMSMessageParameter* field, WString* name) {
+  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
+    *name = AnsiToWide(own->name());
+    return true;
+  }
+  Bstr text;
+  if (FAILED(field->get_Name(text.put())) || text.is_null()) return false;
+  *name = WString(text.view());
+  return true;
+}
+
+size_t MessageParameters::IndexedPosition(WStringView name) const {
+  auto found = index_.find(name);
+  return found == index_.end() ? kNotIndexed : found->second;
+}
+
+void MessageParameters::Append(ComPtr<IEMSMessageParameter> field, WString name) {
+  fields_.push_back(std::move(field));
+  index_.emplace(std::move(name), fields_.size() - 1);
+}
+
+// The first field of each name wins: later ones are not indexed.
+void MessageParameters::RebuildIndex() {
+  index_.clear();
+  WString name;
+  for (size_t i = 0; i < fields_.size(); ++i) {
+    if (fields_[i] && NameOf(fields_[i].get(), &name)) index_.emplace(name, i);
+  }
+}
+
+void MessageParameters::Clear() {
+  std::vector<ComPtr<IEMSMessageParameter>> released;
+  released.swap(fields_);  // the list is empty before any field is released
+  index_.clear();
+}
+
+// An indexed entry that Parameter put emptied takes the field in its place.
+HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, WString name) {
+  size_t at = IndexedPosition(name);
+  if (at == kNotIndexed) {
+    Append(ComPtr<IEMSMessageParameter>(field), std::move(name));
+  } else if (!fields_[at]) {
+    fields_[at] = ComPtr<IEMSMessageParameter>(field);
+  } else {
+    fields_[at]->AddChainHeader(field);  // status ignored
+  }
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- parsing
+HRESULT MessageParameters::ParseBlock(std::string_view ansiBlock) {
+  return Guard([&] {
+    Clear();
+    // Repeated names are chained without a refresh each time; each field
+    // that received some is brought up to date once at the end.
+    std::vector<ComPtr<MessageParameter>> chained;
+    for (std::string_view text : SplitHeaderBlock(ansiBlock)) {
+      ComPtr<MessageParameter> field;
+      if (FAILED(MakeObject(&field))) continue;
+      field->SetDefaults(defaultCodePage_, defaultEncoding_);
+      if (field->ParseHeaderNarrow(text) != S_OK) continue;  // dropped
+      WString name = AnsiToWide(field->name());
+      size_t at = IndexedPosition(name);
+      if (at == kNotIndexed) {
+        Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(name));
+        continue;
+      }
+      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(fields_[at].get());
+      if (!target) {
+        fields_[at]->AddChainHeader(field.get());
+        continue;
+      }
+      if (target->AppendChainDeferred(field.get()) == S_OK) chained.push_back(target);
+    }
+    for (const ComPtr<MessageParameter>& target : chained) target->FinishChaining();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::ParseParameters(BSTR bszVal) {
+  if (bszVal == nullptr) return E_POINTER;
+  return Guard([&] { return ParseBlock(BstrToAnsi(bszVal)); });
+}
+
+// Reads the data object's span in place: its buffer is not copied and its
+// Position and Length are left as they are.
+HRESULT MessageParameters::ParseParametersObject(IEMSDataObject* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    DataBytes bytes;
+    if (FAILED(ReadDataBytes(pVal, &bytes))) return E_FAIL;
+    if (bytes.data() == nullptr) return E_INVALIDARG;
+    return ParseBlock(bytes.Span());
+  });
+}
+
+// ---------------------------------------------------------------- assembly
+// Every field ends with exactly one "\r\n"; a field that assembles to
+// nothing adds nothing; no empty line follows the block.
+HRESULT MessageParameters::AssembleBlock(std::string* out) {
+  return Guard([&] {
+    out->clear();
+    for (const ComPtr<IEMSMessageParameter>& field : fields_) {
+      if (!field) continue;
+      out->append(AssembledField(field.get()));
+      TrimTrailingLineBreaksInPlace(out);
+      if (!out->empty()) out->append("\r\n");
+    }
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::AssembleParameters(BSTR* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    std::string text;
+    HRESULT hr = AssembleBlock(&text);
+    if (FAILED(hr)) return hr;
+    if (text.empty()) return S_OK;  // the result place is left as it was
+    return ReturnBstr(AnsiToWide(text), pVal);
+  });
+}
+
+HRESULT MessageParameters::AssembleParametersObject(IEMSDataObject** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    std::string text;
+    HRESULT hr = AssembleBlock(&text);
+    if (FAILED(hr)) return hr;
+    if (text.empty()) return E_FAIL;
+    ComPtr<IEMSDataObject> data;
+    if (FAILED(MakeDataObject(std::move(text), &data))) return E_FAIL;
+    *ppVal = data.detach();
+    return S_OK;
+  });
+}
+
+// ---------------------------------------------------------------- editing
+HRESULT MessageParameters::AppendParameters(IEMSMessageParameters* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    LONG count = 0;
+    pVal->get_ParamCount(&count);
+    for (LONG i = 0; i < count; ++i) {
+      ComPtr<IEMSMessageParameter> field;
+      pVal->get_Parameter(i, field.put());
+      if (field) ReplaceParameter(field.get());
+    }
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::Clone(IEMSMessageParameters** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    ComPtr<MessageParameters> clone;
+    HRESULT hr = MakeObject(&clone);
+    if (FAILED(hr)) return hr;
+    clone->SetDefaults(defaultCodePage_, defaultEncoding_);
+    for (const ComPtr<IEMSMessageParameter>& field : fields_) {
+      if (!field) continue;
+      ComPtr<IEMSMessageParameter> copy;
+      if (SUCCEEDED(field->Clone(copy.put())) && copy) clone->AddParameter(copy.get());
+    }
+    *ppVal = clone.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    size_t at = IndexedPosition(View(bszName));
+    if (at != kNotIndexed && fields_[at]) {
+      fields_[at].CopyTo(ppVal);
+      return S_FALSE;
+    }
+    ComPtr<MessageParameter> field;
+    HRESULT hr = MakeObject(&field);
+    if (FAILED(hr)) return hr;
+    field->SetDefaults(defaultCodePage_, defaultEncoding_);
+    field->put_Name(bszName);
+    hr = AddNamed(field.get(), AnsiToWide(field->name()));
+    if (FAILED(hr)) return hr;
+    *ppVal = field.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::AddParameter(IEMSMessageParameter* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    WString name;
+    if (!NameOf(pVal, &name)) return E_FAIL;
+    return AddNamed(pVal, std::move(name));
+  });
+}
+
+HRESULT MessageParameters::ReplaceParameter(IEMSMessageParameter* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Guard([&] {
+    WString name;
+    if (!NameOf(pVal, &name)) return E_FAIL;
+    size_t at = IndexedPosition(name);
+    if (at == kNotIndexed) {
+      Append(ComPtr<IEMSMessageParameter>(pVal), std::move(name));
+    } else if (fields_[at].get() != pVal) {
+      fields_[at] = ComPtr<IEMSMessageParameter>(pVal);
+    }
+    return S_OK;
+  });
+}
+
+HRESULT MessageParameters::FindParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  size_t at = IndexedPosition(View(bszName));
+  if (at != kNotIndexed && fields_[at]) fields_[at].CopyTo(ppVal);
+  return S_OK;  // nothing is written when the name is absent
+}
+
+HRESULT MessageParameters::RemoveAll() {
+  Clear();
+  return S_OK;
+}
+
+HRESULT MessageParameters::RemoveByName(BSTR bszName) {
+  return Guard([&] {
+    size_t at = IndexedPosition(View(bszName));
+    if (at == kNotIndexed) return S_OK;
+    ComPtr<IEMSMessageParameter> removed = std::move(fields_[at]);
+    fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(at));
+    RebuildIndex();
+    return S_OK;
+  });
+}
+
+// The name index is left as it is, so it may afterwards point at a field
+// of another name.
+HRESULT MessageParameters::put_Parameter(LONG nIdx, IEMSMessageParameter* pVal) {
+  if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;
+  ComPtr<IEMSMessageParameter> released = std::move(fields_[static_cast<size_t>(nIdx)]);
+  fields_[static_cast<size_t>(nIdx)] = ComPtr<IEMSMessageParameter>(pVal);
+  return S_OK;
+}
+
+HRESULT MessageParameters::get_Parameter(LONG nIdx, IEMSMessageParameter** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;  // nothing written
+  fields_[static_cast<size_t>(nIdx)].CopyTo(ppVal);
+  return S_OK;
+}
+
+HRESULT MessageParameters::get_ParamCount(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  constexpr LONG kMost = std::numeric_limits<LONG>::max();
+  *pVal = fields_.size() > static_cast<size_t>(kMost) ? kMost : static_cast<LONG>(fields_.size());
+  return S_OK;
+}
+
+HRESULT MessageParameters::put_DefaultCodePage(LONG newVal) {
+  defaultCodePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT MessageParameters::get_DefaultCodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultCodePage_;
+  return S_OK;
+}
+
+HRESULT MessageParameters::put_DefaultEncoding(LONG newVal) {
+  defaultEncoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT MessageParameters::get_DefaultEncoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultEncoding_;
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- the library's own entry points
+ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) const {
+  size_t at = IndexedPosition(AnsiToWide(ansiName));
+  return at == kNotIndexed ? nullptr : fields_[at];
+}
+
+}  // namespace pv

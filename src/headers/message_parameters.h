@@ -1,0 +1,75 @@
+// EMSMessageParameters: the ordered header fields of a header block, with
+// a case-insensitive name index in which the first field of a name wins. A
+// repeated name is chained into the first field of that name. Parses a
+// header block from text or from a data object's span and assembles it
+// back, one "\r\n"-terminated line group per field.
+//
+// The list holds the fields it is given, which may be of another
+// implementation: it calls them through their interface, and takes
+// shortcuts only for the library's own fields.
+#ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
+#define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "src/platform/strings.h"
+#include "src/server/com_object.h"
+
+namespace pv {
+
+class MessageParameters final : public ComObject<MessageParameters, IEMSMessageParameters> {
+ public:
+  explicit MessageParameters(IUnknown* outer);
+
+  PV_MEMBERS_IEMSMessageParameters(PV_OVERRIDE_MEMBER)
+
+  // ---------------------------------------------------------------- the library's own entry points
+  // The header-block parse of ParseParameters / ParseParametersObject over
+  // narrow bytes in the ANSI code page (the whole span is read: hand over
+  // exactly the header block). Replaces the whole content.
+  HRESULT ParseBlock(std::string_view ansiBlock);
+  // FindParameter on a narrow name: the first field of that name, or null.
+  ComPtr<IEMSMessageParameter> Find(std::string_view ansiName) const;
+  // AssembleParameters as narrow text (empty for a list that writes nothing).
+  HRESULT AssembleBlock(std::string* out);
+
+  size_t count() const { return fields_.size(); }
+  // The entry at `index` (< count()); null for an empty entry.
+  IEMSMessageParameter* at(size_t index) const { return fields_[index].get(); }
+
+  LONG defaultCodePage() const { return defaultCodePage_; }
+  LONG defaultEncoding() const { return defaultEncoding_; }
+  void SetDefaults(LONG codePage, LONG encoding) {
+    defaultCodePage_ = codePage;
+    defaultEncoding_ = encoding;
+  }
+
+ private:
+  // Names compare with ASCII case folding.
+  struct NameLess {
+    using is_transparent = void;
+    bool operator()(WStringView a, WStringView b) const { return CompareIgnoreCaseAscii(a, b) < 0; }
+  };
+  using NameIndex = std::map<WString, size_t, NameLess>;
+
+  // The name of a field, as its Name get gives it; false when none comes back.
+  static bool NameOf(IEMSMessageParameter* field, WString* name);
+  // The indexed position of a name whose entry is not empty, or npos.
+  size_t IndexedPosition(WStringView name) const;
+  void Append(ComPtr<IEMSMessageParameter> field, WString name);
+  void RebuildIndex();
+  void Clear();
+  HRESULT AddNamed(IEMSMessageParameter* field, WString name);
+
+  std::vector<ComPtr<IEMSMessageParameter>> fields_;
+  NameIndex index_;
+  LONG defaultCodePage_;
+  LONG defaultEncoding_ = 0;
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H

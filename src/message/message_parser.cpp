@@ -1,0 +1,186 @@
+#include "src/message/message_parser.h"
+
+#include "src/message/message_parser_util.h"
+#include "src/platform/codepage.h"
+#include "src/server/class_instance.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSMessageParser(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<MessageParser>(outer, riid, ppv);
+}
+
+MessageParser::MessageParser(IUnknown* outer)
+    : ComObject(outer),
+      defaultCodePage_(static_cast<LONG>(AnsiCodePage())),
+      textCodePage_(defaultCodePage_),
+      htmlCodePage_(defaultCodePage_) {}
+
+HRESULT MessageParser::FinalConstruct() {
+  HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameters, &headers_);
+  if (FAILED(hr)) return hr;
+  return InitNew();
+}
+
+// ---------------------------------------------------------------- reset
+// The default code page and the attachment header encoding keep their
+// values, and the content (header list, plain body, root part) stays: a
+// message that is reset but not parsed again still assembles as before.
+HRESULT MessageParser::InitNew() {
+  textCodePage_ = defaultCodePage_;
+  htmlCodePage_ = defaultCodePage_;
+  defaultEncoding_ = kTransferEncodingAuto;
+  textEncoding_ = kTransferEncodingAuto;
+  htmlEncoding_ = kTransferEncodingAuto;
+  attachEncoding_ = kTransferEncodingBase64;
+  headers_->put_DefaultCodePage(defaultCodePage_);
+  headers_->put_DefaultEncoding(defaultEncoding_);
+  stored_ = nullptr;
+  parsed_ = 0;
+  return S_OK;
+}
+
+HRESULT MessageParser::IsMimeMessage() { return root_ && !plainBody_ ? S_OK : E_FAIL; }
+
+// ---------------------------------------------------------------- stored message and body
+HRESULT MessageParser::get_Size(ULONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  if (!stored_) return E_FAIL;
+  return stored_->get_DataSize(pVal);
+}
+
+HRESULT MessageParser::put_StoredMessageObject(IEMSDataObject* pVal) {
+  InitNew();
+  stored_ = ComPtr<IEMSDataObject>(pVal);
+  return S_OK;
+}
+
+HRESULT MessageParser::get_StoredMessageObject(IEMSDataObject** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  stored_.CopyTo(ppVal);
+  return S_OK;
+}
+
+HRESULT MessageParser::put_BodyObject(IEMSDataObject* pVal) {
+  plainBody_ = nullptr;
+  if (pVal == nullptr) return S_OK;
+  if (root_) {
+    root_->put_DefaultCodePage(defaultCodePage_);
+    root_->put_DefaultEncoding(defaultEncoding_);
+    root_->put_BodyObject(pVal);
+    return S_OK;
+  }
+  plainBody_ = ComPtr<IEMSDataObject>(pVal);
+  return S_OK;
+}
+
+// Without a plain body the root part's getter builds a multipart body from
+// its children; without either nothing is written.
+HRESULT MessageParser::get_BodyObject(IEMSDataObject** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  if (plainBody_) {
+    plainBody_.CopyTo(ppVal);
+    return S_OK;
+  }
+  if (root_) return root_->get_BodyObject(ppVal);
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- header lists
+HRESULT MessageParser::put_Headers(IEMSMessageParameters* pVal) {
+  if (pVal == nullptr) {
+    headers_->RemoveAll();  // the same list object stays
+    return S_OK;
+  }
+  headers_ = ComPtr<IEMSMessageParameters>(pVal);
+  return S_OK;
+}
+
+HRESULT MessageParser::get_Headers(IEMSMessageParameters** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  headers_.CopyTo(ppVal);
+  return S_OK;
+}
+
+HRESULT MessageParser::put_MimeHeaders(IEMSMessageParameters* pVal) {
+  if (!root_) return E_FAIL;
+  return root_->put_Headers(pVal);
+}
+
+HRESULT MessageParser::get_MimeHeaders(IEMSMessageParameters** ppVal) {
+  if (!root_) return E_FAIL;
+  return root_->get_Headers(ppVal);
+}
+
+// A MIME message gives a new list (a clone of its own fields followed by
+// the root part's), so changes to it do not reach the message; a plain one
+// gives its header list itself.
+HRESULT MessageParser::get_AllHeaders(IEMSMessageParameters** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  if (plainBody_) {
+    headers_.CopyTo(ppVal);
+    return S_OK;
+  }
+  return Guard([&] {
+    ComPtr<IEMSMessageParameters> all;
+    HRESULT hr = headers_->Clone(all.put());
+    if (FAILED(hr)) return hr;
+    if (!all) return E_FAIL;
+    if (root_) {
+      ComPtr<IEMSMessageParameters> mime;
+      if (SUCCEEDED(root_->get_Headers(mime.put())) && mime) all->AppendParameters(mime.get());
+    }
+    *ppVal = all.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MessageParser::put_AllHeaders(IEMSMessageParameters* pVal) {
+  return Guard([&] {
+    put_Headers(pVal);
+    SplitMimeHeaders();
+    return S_OK;
+  });
+}
+
+// ---------------------------------------------------------------- root part
+HRESULT MessageParser::put_MimePart(IEMSMimePart* pVal) {
+  root_ = ComPtr<IEMSMimePart>(pVal);
+  if (pVal != nullptr) plainBody_ = nullptr;
+  return S_OK;
+}
+
+HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
+  if (!root_) return E_FAIL;
+  if (ppVal == nullptr) return S_OK;
+  root_.CopyTo(ppVal);
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- code pages and encodings
+// Plain stores: a new default code page or encoding reaches the header list
+// and the root part only at the next reset, parse or body store.
+#define PV_MESSAGE_NUMBER_PROPERTY(Name, member)             \
+  HRESULT MessageParser::put_##Name(LONG newVal) {           \
+    member = newVal;                                         \
+    return S_OK;                                             \
+  }                                                          \
+  HRESULT MessageParser::get_##Name(LONG* pVal) {            \
+    if (pVal == nullptr) return E_POINTER;                   \
+    *pVal = member;                                          \
+    return S_OK;                                             \
+  }
+
+PV_MESSAGE_NUMBER_PROPERTY(DefaultCodePage, defaultCodePage_)
+PV_MESSAGE_NUMBER_PROPERTY(DefaultEncoding, defaultEncoding_)
+PV_MESSAGE_NUMBER_PROPERTY(TextCodePage, textCodePage_)
+PV_MESSAGE_NUMBER_PROPERTY(HtmlCodePage, htmlCodePage_)
+PV_MESSAGE_NUMBER_PROPERTY(TextEncoding, textEncoding_)
+PV_MESSAGE_NUMBER_PROPERTY(HtmlEncoding, htmlEncoding_)
+PV_MESSAGE_NUMBER_PROPERTY(AttachEncoding, attachEncoding_)
+PV_MESSAGE_NUMBER_PROPERTY(AttachHeaderEncoding, attachHeaderEncoding_)
+
+#undef PV_MESSAGE_NUMBER_PROPERTY
+
+}  // namespace pv

@@ -1,0 +1,106 @@
+// EMSMessageParser: one Internet mail message. It holds the buffer it was
+// parsed from, the message's own header fields, and either a root MIME part
+// (a MIME message) or a plain body (a non-MIME message); it offers header
+// shortcuts, text and HTML bodies, attachments, and assembles itself back
+// into octets.
+//
+// The operations live in several files by concern:
+//   message_parser.cpp           data model, reset, plain accessors
+//   message_parser_parse.cpp     parse, header split, uuencode conversion
+//   message_parser_headers.cpp   header shortcuts
+//   message_parser_bodies.cpp    bodies, attachments, part-tree forwards
+//   message_parser_assemble.cpp  assembly
+//
+// Parts, part lists and header lists are other classes: the message makes
+// them through the class table and calls them through their interfaces, so
+// that objects a caller hands in (of any implementation) work the same.
+#ifndef PARCELVANE_SRC_MESSAGE_MESSAGE_PARSER_H
+#define PARCELVANE_SRC_MESSAGE_MESSAGE_PARSER_H
+
+#include <string>
+#include <string_view>
+
+#include "src/server/com_object.h"
+
+namespace pv {
+
+// Transfer-encoding codes the message uses by name.
+enum : LONG {
+  kTransferEncodingBase64 = 2,
+  kTransferEncodingAuto = 3,
+  kTransferEncodingUuencode = 4,
+};
+
+class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
+ public:
+  explicit MessageParser(IUnknown* outer);
+  // Makes the header list, then resets as InitNew does.
+  HRESULT FinalConstruct() override;
+
+  PV_MEMBERS_IEMSMessageParser(PV_OVERRIDE_MEMBER)
+
+  // ---------------------------------------------------------------- the library's own entry points
+  // Moves every field whose name begins with "Content-" from the header list
+  // to the root part's list, making the root part when there is such a
+  // field. Nothing happens when the MIME list or the root part cannot be made.
+  void SplitMimeHeaders();
+
+  // Scans a plain text for uuencoded blocks. When at least one is found,
+  // `parts` receives a new list: first a "text/plain" part holding the text
+  // around the blocks, then one attachment part per block. False (and
+  // `parts` untouched) when nothing was found or the parts cannot be made.
+  bool ConvertUuencodedBlocks(IEMSDataObject* text, ComPtr<IEMSMimeParts>* parts);
+
+  // Converts the text leaves of a part tree in place: each text part that
+  // holds blocks is replaced by its text part, and its attachments are
+  // appended to its parent's list. True when anything changed.
+  bool ConvertUuencodedInTree(IEMSMimePart* part, bool isRoot);
+
+  bool parsed() const { return parsed_ != 0; }
+  // The maximum number of conversions one parse makes; see ParseObject.
+  static constexpr int kMaxConversionRounds = 8;
+
+ private:
+  // Steps of ParseObject up to the uuencode conversion: reset unless the
+  // object is already the stored message, split the header block, store the
+  // body and, when `convert` is set, convert uuencoded blocks.
+  // `*converted` tells whether the message must be assembled and parsed again.
+  HRESULT ParseOnce(IEMSDataObject* object, bool convert, bool* converted);
+  // Turns the parts of a converted plain body into the root part:
+  // "MIME-Version: 1.0" and a "multipart/mixed" root holding the parts.
+  HRESULT MakeMixedRoot(IEMSMimeParts* parts);
+  // The root part's "Content-Type" type and subtype codes, text/plain when
+  // there is no root part, no such field or the field has no content state.
+  void RootContentCodes(LONG* type, LONG* subtype);
+  // TextBody put and HTMLBody put.
+  HRESULT PutBody(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage, LONG newCodePage,
+                  LONG newEncoding);
+  // TextBody get and HTMLBody get of a MIME message.
+  HRESULT DecodedBodyOfSubtype(LONG subtype, LONG codePage, BSTR* pVal);
+  // The shared sequence of the four mailbox setters and getters.
+  HRESULT PutMailboxPart(std::string_view fieldName, BSTR value, bool setsName);
+  HRESULT GetMailboxPart(std::string_view fieldName, bool getsName, BSTR* pVal);
+  // Removes from the header list every field named like one of
+  // `mimeList`'s fields (RemoveByName for each of them).
+  void RemoveMimeNames(IEMSMessageParameters* mimeList);
+  // The assembled octets: header text, then the plain body or the root part.
+  void AssembleBytes(std::string* out);
+
+  LONG parsed_ = 0;
+  LONG defaultCodePage_;
+  LONG textCodePage_;
+  LONG htmlCodePage_;
+  LONG defaultEncoding_ = kTransferEncodingAuto;
+  LONG textEncoding_ = kTransferEncodingAuto;
+  LONG htmlEncoding_ = kTransferEncodingAuto;
+  LONG attachHeaderEncoding_ = 3;  // automatic header encoding
+  LONG attachEncoding_ = kTransferEncodingBase64;
+  ComPtr<IEMSDataObject> stored_;
+  ComPtr<IEMSDataObject> plainBody_;
+  ComPtr<IEMSMessageParameters> headers_;
+  ComPtr<IEMSMimePart> root_;
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_MESSAGE_MESSAGE_PARSER_H

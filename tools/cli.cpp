@@ -1,0 +1,89 @@
+#include "tools/cli.h"
+
+#include "tools/exit_codes.h"
+
+namespace pvtool {
+namespace {
+
+const OptionSpec* FindLong(const std::vector<OptionSpec>& specs, std::string_view name) {
+  for (const OptionSpec& spec : specs) {
+    if (spec.name == name) return &spec;
+  }
+  return nullptr;
+}
+
+const OptionSpec* FindShort(const std::vector<OptionSpec>& specs, char name) {
+  for (const OptionSpec& spec : specs) {
+    if (spec.short_name != '\0' && spec.short_name == name) return &spec;
+  }
+  return nullptr;
+}
+
+[[noreturn]] void Fail(const std::string& message) { throw ToolError(kExitUsage, message); }
+
+}  // namespace
+
+std::string ParsedArgs::Get(std::string_view name, std::string fallback) const {
+  auto it = values_.find(std::string(name));
+  if (it == values_.end() || it->second.empty()) return fallback;
+  return it->second.back();
+}
+
+std::vector<std::string> ParsedArgs::All(std::string_view name) const {
+  auto it = values_.find(std::string(name));
+  if (it == values_.end()) return {};
+  return it->second;
+}
+
+ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs) {
+  ParsedArgs parsed;
+  bool options_ended = false;
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (options_ended || arg == "-" || arg.empty() || arg[0] != '-') {
+      parsed.positional_.push_back(arg);
+      continue;
+    }
+    if (arg == "--") {
+      options_ended = true;
+      continue;
+    }
+    const OptionSpec* spec = nullptr;
+    std::string shown;
+    std::string inline_value;
+    bool has_inline_value = false;
+    if (arg.compare(0, 2, "--") == 0) {
+      const size_t equals = arg.find('=');
+      const std::string name = arg.substr(2, equals == std::string::npos ? std::string::npos : equals - 2);
+      shown = "--" + name;
+      spec = FindLong(specs, name);
+      if (equals != std::string::npos) {
+        has_inline_value = true;
+        inline_value = arg.substr(equals + 1);
+      }
+    } else {
+      shown = arg.substr(0, 2);
+      spec = FindShort(specs, arg[1]);
+      if (arg.size() > 2) {
+        has_inline_value = true;
+        inline_value = arg.substr(2);
+      }
+    }
+    if (spec == nullptr) Fail("unknown option " + shown);
+    std::vector<std::string>& values = parsed.values_[spec->name];
+    if (!spec->takes_value) {
+      if (has_inline_value) Fail("option " + shown + " takes no value");
+      values.emplace_back();
+      continue;
+    }
+    if (!has_inline_value) {
+      if (i + 1 >= args.size()) Fail("option " + shown + " needs a value");
+      inline_value = args[++i];
+    }
+    if (!spec->repeatable && !values.empty()) Fail("option " + shown + " given more than once");
+    values.push_back(inline_value);
+  }
+  return parsed;
+}
+
+}  // namespace pvtool

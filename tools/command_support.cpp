@@ -1,0 +1,47 @@
+#include "tools/commands.h"
+#include "tools/exit_codes.h"
+#include "tools/file_io.h"
+#include "tools/help.h"
+
+namespace pvtool {
+
+bool ParseCommand(const std::string& command, const Args& args, std::vector<OptionSpec> specs,
+                  bool reads_messages, ParsedArgs* parsed) {
+  specs.push_back({"help", 'h', false, false});
+  if (reads_messages) specs.push_back({"no-crlf", '\0', false, false});
+  *parsed = ParseArgs(args, specs);
+  if (!parsed->Has("help")) return true;
+  WriteOut(CommandHelp(command));
+  return false;
+}
+
+std::string SingleInput(const ParsedArgs& parsed, const std::string& command, const char* what) {
+  const auto& positional = parsed.positional();
+  if (positional.empty()) throw ToolError(kExitUsage, command + ": missing " + what);
+  if (positional.size() > 1) throw ToolError(kExitUsage, command + ": unexpected argument " + positional[1]);
+  return positional[0];
+}
+
+LoadOptions LoadOptionsOf(const ParsedArgs& parsed) {
+  LoadOptions options;
+  options.crlf = !parsed.Has("no-crlf");
+  return options;
+}
+
+std::string SourceName(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+MessageView LoadMessage(const std::string& file, const LoadOptions& options) {
+  const std::string prepared = PrepareMessageBytes(ReadInput(file), options, SourceName(file));
+  return MessageView(ParseMessage(prepared));
+}
+
+void WriteOutput(const std::string& output, const std::string& bytes) {
+  if (output.empty() || output == "-") {
+    SetBinaryStdout();
+    WriteOut(bytes);
+    return;
+  }
+  WriteFileAtomically(PathFromUtf8(output), bytes, true);
+}
+
+}  // namespace pvtool

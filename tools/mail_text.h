@@ -1,0 +1,48 @@
+// Small pieces of mail text handled by the tool itself: dates, the
+// "Name <address>" form of command-line addresses, raw 8-bit text shown as
+// UTF-8, and the check that an input looks like a message at all.
+#ifndef PARCELVANE_TOOLS_MAIL_TEXT_H
+#define PARCELVANE_TOOLS_MAIL_TEXT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "tools/utf.h"
+
+namespace pvtool {
+
+// "Tue, 1 Jul 2003 10:52:37 +0200" gives "2003-07-01 10:52" (the time as
+// written, in the sender's zone). Text that is not such a date is
+// returned unfolded and trimmed.
+std::string ShortDate(std::string_view raw);
+
+// The date of `seconds` since 1970 in UTC in the header form,
+// "Tue, 01 Jul 2003 08:52:37 +0000".
+std::string HeaderDate(int64_t seconds);
+
+struct Address {
+  std::string name;
+  std::string address;
+};
+// "Jürgen Müller <jm@example.org>", "\"Müller, J.\" <jm@example.org>" or
+// "jm@example.org".
+Address SplitAddress(std::string_view text);
+
+// Header values and bodies without a declared charset are often raw
+// UTF-8; read in the library's single-byte page they show as "Ã¼". Each
+// run of non-ASCII characters whose single-byte form is valid UTF-8 is
+// read again as UTF-8; any other text is returned unchanged.
+U16String RepairRawUtf8(U16View text);
+
+// Unfolds a raw header value: line breaks with the blanks after them
+// become one space; leading and trailing blanks go.
+std::string UnfoldValue(std::string_view raw);
+
+// Why `bytes` cannot be a message ("" when it can): it is empty, or its
+// first line is not a header field, or its header block holds a zero byte.
+std::string NotAMessageReason(std::string_view bytes);
+
+}  // namespace pvtool
+
+#endif  // PARCELVANE_TOOLS_MAIL_TEXT_H
