@@ -84,10 +84,10 @@ class PartTreeWriter {
   static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter) {
     *count = PartsCountOf(part->parts());
     if (*count == 0) return S_OK;
-    ComPtr<IEMSMessageParameter> type = FindField(part->headers(), "Content-Type");
+    ComPtr<IEMSMessageParameter> type = FieldByName(part->headers(), "Content-Type");
     LONG code = kTypeText;
     LONG subtype = 0;
-    if (!type || !ContentCodesOf(type.get(), &code, &subtype)) code = kTypeText;
+    if (!type || !FieldContentCodes(type.get(), &code, &subtype)) code = kTypeText;
     // Children of a part that is not a multipart are not written.
     if (code != kTypeMultipart) return S_OK;
     std::string boundary = BoundaryOf(type.get());

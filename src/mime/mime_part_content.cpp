@@ -145,20 +145,20 @@ HRESULT MimePart::get_AttachName(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     WString name;
-    ComPtr<IEMSMessageParameter> disposition = FindField(headers_.get(), "Content-Disposition");
+    ComPtr<IEMSMessageParameter> disposition = FieldByName(headers_.get(), "Content-Disposition");
     ComPtr<IEMSContentDisposition> state;
     if (disposition && SUCCEEDED(disposition.As(&state)) && state) {
       Bstr fileName;
       if (SUCCEEDED(state->get_FileName(fileName.put()))) name = WString(fileName.view());
     }
     if (name.empty()) {
-      if (ComPtr<IEMSMessageParameter> description = FindField(headers_.get(), "Content-Description")) {
+      if (ComPtr<IEMSMessageParameter> description = FieldByName(headers_.get(), "Content-Description")) {
         Bstr text;
         if (SUCCEEDED(description->get_DecodedData(text.put()))) name = WString(text.view());
       }
     }
     if (name.empty()) {
-      ComPtr<IEMSMessageParameter> type = FindField(headers_.get(), "Content-Type");
+      ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
       if (!type || !ParameterValue(type.get(), "name", true, &name)) {
         name = WidenAscii("NoName");
       } else {
@@ -259,7 +259,7 @@ HRESULT MimePart::get_DecodedBody(BSTR* pVal) {
     if (FAILED(ReadDataBytes(decoded.get(), &bytes))) return S_FALSE;
 
     LONG codePage = defaultCodePage_;
-    ComPtr<IEMSMessageParameter> type = FindField(headers_.get(), "Content-Type");
+    ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
     WString charsetName;
     if (type && ParameterValue(type.get(), "charset", false, &charsetName)) {
       ComPtr<IEMSHeaderCharset> charset;
@@ -301,7 +301,7 @@ HRESULT MimePart::get_MimeSubType(LONG* pVal) {
 HRESULT MimePart::get_MimeContentTypeString(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
-    ComPtr<IEMSMessageParameter> type = FindField(headers_.get(), "Content-Type");
+    ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
     if (!type) return S_OK;  // left unset
     ComPtr<IEMSContentType> content;
     if (FAILED(type.As(&content)) || !content) return S_OK;

@@ -7,7 +7,7 @@
 
 namespace pv {
 
-ComPtr<IEMSMessageParameter> FindField(IEMSMessageParameters* list, std::string_view name) {
+ComPtr<IEMSMessageParameter> FieldByName(IEMSMessageParameters* list, std::string_view name) {
   if (list == nullptr) return nullptr;
   if (ComPtr<MessageParameters> own = ImplOf<MessageParameters>(list)) return own->Find(name);
   Bstr wide(AnsiToWide(name));
@@ -25,7 +25,7 @@ HRESULT CreateField(IEMSMessageParameters* list, std::string_view name, ComPtr<I
   return hr;
 }
 
-bool ContentCodesOf(IEMSMessageParameter* field, LONG* type, LONG* subtype) {
+bool FieldContentCodes(IEMSMessageParameter* field, LONG* type, LONG* subtype) {
   if (field == nullptr) return false;
   if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
     *type = own->content().typeCode;
@@ -45,10 +45,10 @@ bool ContentCodesOf(IEMSMessageParameter* field, LONG* type, LONG* subtype) {
 void PartContentCodes(IEMSMessageParameters* list, LONG* type, LONG* subtype) {
   *type = kTypeText;
   *subtype = kSubtypePlain;
-  ComPtr<IEMSMessageParameter> field = FindField(list, "Content-Type");
+  ComPtr<IEMSMessageParameter> field = FieldByName(list, "Content-Type");
   LONG t = 0;
   LONG s = 0;
-  if (ContentCodesOf(field.get(), &t, &s)) {
+  if (FieldContentCodes(field.get(), &t, &s)) {
     *type = t;
     *subtype = s;
   }

@@ -13,7 +13,7 @@
 namespace pv {
 
 // The field of that name (the first one), or null.
-ComPtr<IEMSMessageParameter> FindField(IEMSMessageParameters* list, std::string_view name);
+ComPtr<IEMSMessageParameter> FieldByName(IEMSMessageParameters* list, std::string_view name);
 
 // CreateParameter on the list: the existing field with S_FALSE, or a new
 // one with S_OK.
@@ -21,7 +21,7 @@ HRESULT CreateField(IEMSMessageParameters* list, std::string_view name, ComPtr<I
 
 // The content-type codes of a field; false when the field yields none (it
 // has no content-type state to read).
-bool ContentCodesOf(IEMSMessageParameter* field, LONG* type, LONG* subtype);
+bool FieldContentCodes(IEMSMessageParameter* field, LONG* type, LONG* subtype);
 
 // A part's content-type codes: those of its "Content-Type" field, or text
 // (6) and plain (18) without one.

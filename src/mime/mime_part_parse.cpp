@@ -77,14 +77,14 @@ void PartTreeParser::StoreRootBody(MimePart* part) {
 
 void PartTreeParser::StoreBody(MimePart* part, IEMSDataObject* body, size_t begin, size_t end) {
   IEMSMessageParameters* list = part->headers();
-  ComPtr<IEMSMessageParameter> type = FindField(list, "Content-Type");
+  ComPtr<IEMSMessageParameter> type = FieldByName(list, "Content-Type");
   if (!type) return;
   LONG code = kTypeText;
   LONG subtype = 0;
-  if (!ContentCodesOf(type.get(), &code, &subtype)) code = kTypeText;
+  if (!FieldContentCodes(type.get(), &code, &subtype)) code = kTypeText;
   // Message entities are attachments too: they are never parsed into parts.
   if (IsAttachmentType(code)) part->SetAttachFlag();
-  if (part->attachFlag() == 0 && IsAttachmentDisposition(FindField(list, "Content-Disposition").get())) {
+  if (part->attachFlag() == 0 && IsAttachmentDisposition(FieldByName(list, "Content-Disposition").get())) {
     part->SetAttachFlag();
   }
   if (code != kTypeMultipart) return;

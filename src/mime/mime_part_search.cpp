@@ -82,7 +82,7 @@ enum class Visit { kFound, kFailed, kDescend };
 // two readings of the field's codes agree, which they do for any field that
 // keeps what it was given.
 Visit VisitForFindPart(MimePart* part, BSTR contentType, int64_t level) {
-  ComPtr<IEMSMessageParameter> field = FindField(part->headers(), "Content-Type");
+  ComPtr<IEMSMessageParameter> field = FieldByName(part->headers(), "Content-Type");
   if (!field) return Visit::kFailed;
   ComPtr<IEMSContentType> content;
   if (SUCCEEDED(field.As(&content)) && content) {
@@ -198,7 +198,7 @@ Visit VisitForSubType(MimePart* part, LONG subtypeAsked) {
   if (type == kTypeMultipart) return Visit::kDescend;
   if (type < kTypeUnknown || type > kTypeVideo || type == kTypeNone) return Visit::kFailed;
   if (subtype != subtypeAsked) return Visit::kFailed;
-  if (IsAttachmentDisposition(FindField(part->headers(), "Content-Disposition").get())) return Visit::kFailed;
+  if (IsAttachmentDisposition(FieldByName(part->headers(), "Content-Disposition").get())) return Visit::kFailed;
   return Visit::kFound;
 }
 
