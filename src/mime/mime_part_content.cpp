@@ -1,6 +1,8 @@
 // A part's content rather than its structure: making it an attachment,
 // naming it, its decoded bytes and text, and its content type.
+#include <algorithm>
 #include <string>
+#include <utility>
 
 #include "src/data/data_access.h"
 #include "src/data/data_object.h"

@@ -1,6 +1,6 @@
 #include "src/mime/mime_parts.h"
 
-#include <climits>
+#include <cstdint>
 
 #include "src/server/creators.h"
 
@@ -13,6 +13,9 @@ HRESULT CreateEMSMimeParts(IUnknown* outer, REFIID riid, void** ppv) {
 namespace {
 
 bool InRange(LONG index, size_t size) { return index >= 0 && static_cast<size_t>(index) < size; }
+
+// A count as the interface's 32-bit number.
+LONG CountOf(size_t size) { return size > static_cast<size_t>(INT32_MAX) ? INT32_MAX : static_cast<LONG>(size); }
 
 }  // namespace
 
@@ -75,14 +78,14 @@ HRESULT MimeParts::put_Part(LONG nIdx, IEMSMimePart* pVal) {
 
 HRESULT MimeParts::get_PartsCount(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = parts_.size() > static_cast<size_t>(LONG_MAX) ? LONG_MAX : static_cast<LONG>(parts_.size());
+  *pVal = CountOf(parts_.size());
   return S_OK;
 }
 
 // ---------------------------------------------------------------- any parts list
 LONG PartsCountOf(IEMSMimeParts* list) {
   if (ComPtr<MimeParts> own = ImplOf<MimeParts>(list)) {
-    return own->size() > static_cast<size_t>(LONG_MAX) ? LONG_MAX : static_cast<LONG>(own->size());
+    return CountOf(own->size());
   }
   LONG count = 0;
   if (list == nullptr || FAILED(list->get_PartsCount(&count)) || count < 0) return 0;
