@@ -11,8 +11,8 @@ constexpr const char* kLineEnds =
     "Line ends: the library finds a message's structure only at CR LF line ends,\n"
     "while files on Linux usually end their lines with a bare LF. Every bare LF\n"
     "of the input is therefore turned into CR LF before parsing; --no-crlf\n"
-    "reads the input exactly as it is. An mbox separator line (\"From ...\")\n"
-    "opening the input is skipped.\n";
+    "reads the input exactly as it is. A UTF-8 byte order mark and an mbox\n"
+    "separator line (\"From ...\") opening the input are skipped.\n";
 
 constexpr const char* kExitCodes =
     "Exit codes:\n"

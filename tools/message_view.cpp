@@ -98,6 +98,8 @@ PartInfo DescribePart(IEMSMimePart* part, int depth) {
 std::string DisplayText(const Bstr& text) { return Utf16ToUtf8(RepairRawUtf8(text.wide())); }
 
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source) {
+  // Files saved by some editors open with a UTF-8 byte order mark.
+  if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) bytes.erase(0, 3);
   if (bytes.compare(0, 5, "From ") == 0) {
     const size_t line_end = bytes.find('\n');
     bytes.erase(0, line_end == std::string::npos ? bytes.size() : line_end + 1);

@@ -17,8 +17,8 @@ struct LoadOptions {
   bool crlf = true;
 };
 
-// Prepares raw input for the parser: drops an mbox separator line that
-// opens it, converts line ends as asked, and checks that it can be a
+// Prepares raw input for the parser: drops a UTF-8 byte order mark and an
+// mbox separator line that open it, converts line ends as asked, and checks that it can be a
 // message at all. Throws ToolError(kExitNotMessage) naming `source`.
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source);
 

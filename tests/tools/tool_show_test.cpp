@@ -122,6 +122,13 @@ TEST(ToolShow, AnMboxSeparatorOpeningTheFileIsSkipped) {
   EXPECT_EQ(with.out, without.out);
 }
 
+TEST(ToolShow, AByteOrderMarkOpeningTheFileIsSkipped) {
+  const std::string message = ReadFile(Sample("plain.eml"));
+  const RunResult with = RunTool({"show", "--json", "-"}, WithStdin("\xEF\xBB\xBF" + message));
+  EXPECT_EQ(with.exit_code, 0) << with.err;
+  EXPECT_EQ(with.out, RunTool({"show", "--json", "-"}, WithStdin(message)).out);
+}
+
 TEST(ToolShow, ControlCharactersInHeadersNeverReachTheTerminal) {
   const RunResult r = RunTool({"show", "-"}, WithStdin("Subject: =?utf-8?q?a=1B[2Jb?=\nFrom: x@y\n\nbody\n"));
   EXPECT_EQ(r.exit_code, 0);
