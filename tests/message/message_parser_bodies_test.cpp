@@ -86,6 +86,7 @@ TEST(MessageBodies, HtmlBodyOfAPlainMessageIsAbsent) {
   BSTR value = nullptr;
   EXPECT_EQ(message->get_HTMLBody(&value), S_FALSE);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 TEST(MessageBodies, TextBodyOfAMessageWithoutAnyBodyIsAbsent) {
@@ -95,6 +96,7 @@ TEST(MessageBodies, TextBodyOfAMessageWithoutAnyBodyIsAbsent) {
   EXPECT_EQ(value, nullptr);
   EXPECT_EQ(message->get_HTMLBody(&value), S_FALSE);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 // ---------------------------------------------------------------- forwards on a message that is not MIME
@@ -167,6 +169,7 @@ TEST(MessageBodies, AMimeMessageWithoutTheWantedPartHasNoSuchBody) {
   EXPECT_EQ(message->get_TextBody(&value), S_FALSE);
   EXPECT_EQ(message->get_HTMLBody(&value), S_FALSE);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 TEST(MessageBodies, TextBodyPutOnAPlainMessageReplacesTheOldBody) {
@@ -281,6 +284,7 @@ TEST(MessageBodies, FindPartBySubTypeSkipsARootMarkedAsAnAttachment) {
   EXPECT_FALSE(found);
   BSTR value = nullptr;
   EXPECT_EQ(message->get_TextBody(&value), S_FALSE);
+  SysFreeString(value);
 }
 
 TEST(MessageBodies, FindPartBySubTypeWithoutAResultPlaceOnASinglePartRootSucceeds) {
