@@ -531,5 +531,36 @@ TEST(MessageBodies, AttachPartsEndsOnATreeThatHoldsItsOwnRoot) {
   children->RemovePart(1);  // break it so that the objects can be released
 }
 
+// A chain of parts each holding the next, far deeper than any call stack
+// would allow a recursive walk.
+ComPtr<IEMSMimePart> DeepChain(int depth, ComPtr<IEMSMimePart>* deepest) {
+  auto root = Create<IEMSMimePart>(CLSID_EMSMimePart);
+  ComPtr<IEMSMimePart> current = root;
+  for (int i = 0; i < depth && current; ++i) {
+    auto child = Create<IEMSMimePart>(CLSID_EMSMimePart);
+    ComPtr<IEMSMimeParts> children;
+    current->get_MimeParts(children.put());
+    if (!children || !child) return nullptr;
+    children->AddPart(child.get());
+    current = child;
+  }
+  *deepest = current;
+  return root;
+}
+
+TEST(MessageBodies, AttachPartsWalksAVeryDeepTreeWithoutRecursion) {
+  ComPtr<IEMSMimePart> deepest;
+  auto root = DeepChain(100000, &deepest);
+  ASSERT_TRUE(root);
+  deepest->put_IsAttachPart(1);
+  auto message = NewMessage();
+  message->put_MimePart(root.get());
+  auto parts = AttachmentsOf(message.get());
+  ASSERT_EQ(CountOf(parts.get()), 1);
+  ComPtr<IEMSMimePart> listed;
+  parts->get_Part(0, listed.put());
+  EXPECT_EQ(listed.get(), deepest.get());
+}
+
 }  // namespace
 }  // namespace pv::test

@@ -425,5 +425,25 @@ TEST(MessageUuencode, ARootWithoutChildrenIsNotScannedWithoutTheRootFlag) {
   EXPECT_EQ(FieldNames(HeadersOf(message.get()).get()), "Subject");
 }
 
+TEST(MessageUuencode, TheTreeConversionWalksAVeryDeepTreeWithoutRecursion) {
+  auto root = Create<IEMSMimePart>(CLSID_EMSMimePart);
+  ASSERT_TRUE(root);
+  ComPtr<IEMSMimePart> current = root;
+  for (int i = 0; i < 100000; ++i) {
+    auto child = Create<IEMSMimePart>(CLSID_EMSMimePart);
+    ComPtr<IEMSMimeParts> children;
+    current->get_MimeParts(children.put());
+    ASSERT_TRUE(children && child);
+    children->AddPart(child.get());
+    current = child;
+  }
+  // The deepest part is a text leaf holding a block.
+  current->put_BodyObject(DataOf(std::string("Hi\r\n") + kBlockLine).get());
+  auto message = NewMessage();
+  message->put_MimePart(root.get());
+  ComPtr<MessageParser> impl = ImplOf<MessageParser>(message.get());
+  EXPECT_TRUE(impl->ConvertUuencodedInTree(root.get(), true));
+}
+
 }  // namespace
 }  // namespace pv::test
