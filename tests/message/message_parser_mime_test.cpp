@@ -336,8 +336,10 @@ TEST(MessageUuencode, BlocksExposedByAConversionAreConvertedByTheNextParse) {
   auto root = RootOf(message.get());
   ASSERT_TRUE(root);
   EXPECT_EQ(ChildCount(root.get()), 5);
-  EXPECT_EQ(PartBody(ChildOf(root.get(), 0).get()), "x");
-  EXPECT_EQ(AttachNameOf(ChildOf(root.get(), 4).get()), "f4");
+  // A first child gets a line break before the next delimiter, and keeps it.
+  EXPECT_EQ(PartBody(ChildOf(root.get(), 0).get()), "x\r\n");
+  // A name without extension and a part without type get ".att".
+  EXPECT_EQ(AttachNameOf(ChildOf(root.get(), 4).get()), "f4.att");
 }
 
 TEST(MessageUuencode, AParseConvertsAtMostItsLimitOfRounds) {
