@@ -25,13 +25,14 @@ const ClassRow kRows[] = {
      &CLSID_EMSMimeAttribute, 112, &CreateEMSMimeAttribute},
     {"EMSMimeAttributes", "CComEMSMimeAttributes", "IEMSMimeAttributes", &IID_IEMSMimeAttributes,
      &CLSID_EMSMimeAttributes, 113, &CreateEMSMimeAttributes},
-    {"EMSMimePart", "CComEMSMimePart", "IEMSMimePart", &IID_IEMSMimePart, &CLSID_EMSMimePart, 114, nullptr},
+    {"EMSMimePart", "CComEMSMimePart", "IEMSMimePart", &IID_IEMSMimePart, &CLSID_EMSMimePart, 114,
+     &CreateEMSMimePart},
     {"EMSMimePartDecoder", "CComEMSMimePartDecoder", "IEMSMimePartDecoder", &IID_IEMSMimePartDecoder,
-     &CLSID_EMSMimePartDecoder, 115, nullptr},
+     &CLSID_EMSMimePartDecoder, 115, &CreateEMSMimePartDecoder},
     {"EMSMimePartEncoder", "CComEMSMimePartEncoder", "IEMSMimePartEncoder", &IID_IEMSMimePartEncoder,
-     &CLSID_EMSMimePartEncoder, 116, nullptr},
+     &CLSID_EMSMimePartEncoder, 116, &CreateEMSMimePartEncoder},
     {"EMSMimeParts", "CComEMSMessageMimeParts", "IEMSMimeParts", &IID_IEMSMimeParts, &CLSID_EMSMimeParts, 117,
-     nullptr},
+     &CreateEMSMimeParts},
 };
 
 }  // namespace

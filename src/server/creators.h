@@ -17,6 +17,10 @@ HRESULT CreateEMSMimeAttributes(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameter(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv);
 HRESULT CreateEMSMessageParser(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePart(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePartDecoder(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimePartEncoder(IUnknown* outer, REFIID riid, void** ppv);
+HRESULT CreateEMSMimeParts(IUnknown* outer, REFIID riid, void** ppv);
 
 }  // namespace pv
 

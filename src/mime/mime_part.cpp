@@ -1,0 +1,157 @@
+#include "src/mime/mime_part.h"
+
+#include "src/data/data_access.h"
+#include "src/headers/message_parameters.h"
+#include "src/mime/mime_part_parse.h"
+#include "src/mime/mime_parts.h"
+#include "src/platform/codepage.h"
+#include "src/server/creators.h"
+
+namespace pv {
+
+HRESULT CreateEMSMimePart(IUnknown* outer, REFIID riid, void** ppv) {
+  return CreateInstance<MimePart>(outer, riid, ppv);
+}
+
+MimePart::MimePart(IUnknown* outer) : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
+
+HRESULT MimePart::FinalConstruct() {
+  ComPtr<MessageParameters> headers;
+  HRESULT hr = MakeObject(&headers);
+  if (FAILED(hr)) return hr;
+  ComPtr<MimeParts> parts;
+  hr = MakeObject(&parts);
+  if (FAILED(hr)) return hr;
+  headers_ = ComPtr<IEMSMessageParameters>(headers.get());
+  parts_ = ComPtr<IEMSMimeParts>(parts.get());
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- parsing
+HRESULT MimePart::ParsePartObject(IEMSDataObject* pObject) {
+  if (pObject == nullptr) return E_POINTER;
+  return Guard([&] {
+    body_ = nullptr;
+    headers_->RemoveAll();
+    RemoveAllParts(parts_.get());
+    // The attachment flag is left as it is: parsing never clears it.
+    DataBytes bytes;
+    if (FAILED(ReadDataBytes(pObject, &bytes)) || bytes.data() == nullptr) return E_FAIL;
+    PartTreeParser parser(pObject, bytes);
+    return parser.ParseRoot(this);
+  });
+}
+
+HRESULT MimePart::put_BodyObject(IEMSDataObject* pVal) {
+  return Guard([&] {
+    if (pVal == nullptr) {
+      body_ = nullptr;
+      return S_OK;
+    }
+    if (pVal != body_.get()) body_ = ComPtr<IEMSDataObject>(pVal);
+    return StoreBody(pVal);
+  });
+}
+
+// Children already in the list stay: newly split children are appended.
+HRESULT MimePart::StoreBody(IEMSDataObject* body) {
+  // A body whose bytes cannot be reached is still classified; there is
+  // just nothing to split.
+  DataBytes bytes;
+  if (FAILED(ReadDataBytes(body, &bytes))) bytes = DataBytes();
+  PartTreeParser parser(body, bytes);
+  parser.StoreRootBody(this);
+  return S_OK;
+}
+
+HRESULT MimePart::get_BodyObject(IEMSDataObject** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  if (body_) {
+    body_.CopyTo(ppVal);
+    return S_OK;
+  }
+  return Guard([&] {
+    std::string text;
+    bool hasBody = false;
+    HRESULT hr = WriteTo(false, &text, &hasBody);
+    if (FAILED(hr)) return hr;
+    if (!hasBody) return S_OK;  // the result place is left as it was
+    ComPtr<IEMSDataObject> built;
+    hr = MakeDataObject(std::move(text), &built);
+    if (FAILED(hr)) return hr;
+    *ppVal = built.detach();
+    return S_OK;
+  });
+}
+
+HRESULT MimePart::get_Headers(IEMSMessageParameters** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  headers_.CopyTo(ppVal);
+  return S_OK;
+}
+
+// The part always has a list: a missing one is refused.
+HRESULT MimePart::put_Headers(IEMSMessageParameters* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  if (pVal != headers_.get()) headers_ = ComPtr<IEMSMessageParameters>(pVal);
+  return S_OK;
+}
+
+HRESULT MimePart::get_MimeParts(IEMSMimeParts** ppVal) {
+  if (ppVal == nullptr) return E_POINTER;
+  parts_.CopyTo(ppVal);
+  return S_OK;
+}
+
+HRESULT MimePart::put_MimeParts(IEMSMimeParts* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  if (pVal != parts_.get()) parts_ = ComPtr<IEMSMimeParts>(pVal);
+  return S_OK;
+}
+
+// ---------------------------------------------------------------- plain properties
+HRESULT MimePart::get_DefaultCodePage(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultCodePage_;
+  return S_OK;
+}
+
+HRESULT MimePart::put_DefaultCodePage(LONG newVal) {
+  defaultCodePage_ = newVal;
+  return S_OK;
+}
+
+HRESULT MimePart::get_DefaultEncoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultEncoding_;
+  return S_OK;
+}
+
+HRESULT MimePart::put_DefaultEncoding(LONG newVal) {
+  defaultEncoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT MimePart::get_DefaultHeaderEncoding(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = defaultHeaderEncoding_;
+  return S_OK;
+}
+
+HRESULT MimePart::put_DefaultHeaderEncoding(LONG newVal) {
+  defaultHeaderEncoding_ = newVal;
+  return S_OK;
+}
+
+HRESULT MimePart::get_IsAttachPart(LONG* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  *pVal = attach_;
+  return S_OK;
+}
+
+HRESULT MimePart::put_IsAttachPart(LONG newVal) {
+  attach_ = newVal;
+  return S_OK;
+}
+
+}  // namespace pv

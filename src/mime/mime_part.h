@@ -1,0 +1,67 @@
+// EMSMimePart: one MIME entity. A header list, a body held as a span of a
+// shared byte buffer (never copied), and an ordered list of child parts.
+//
+// The part's operations are spread over files by concern:
+//   mime_part.cpp          state, properties, parsing entry points
+//   mime_part_parse.cpp    parsing a span into a tree (PartTreeParser)
+//   mime_part_assemble.cpp writing a tree back into bytes (PartTreeWriter)
+//   mime_part_search.cpp   header access, searches, restructuring
+//   mime_part_content.cpp  attachments, decoded content, content types
+//
+// Nesting depth is the input's to choose, so nothing here recurses once per
+// level: parsing, writing and searching walk the tree with work lists of
+// their own.
+#ifndef PARCELVANE_SRC_MIME_MIME_PART_H
+#define PARCELVANE_SRC_MIME_MIME_PART_H
+
+#include "src/server/com_object.h"
+
+namespace pv {
+
+class MimePart final : public ComObject<MimePart, IEMSMimePart> {
+ public:
+  explicit MimePart(IUnknown* outer);
+  // Makes the header list and the child list.
+  HRESULT FinalConstruct() override;
+
+  PV_MEMBERS_IEMSMimePart(PV_OVERRIDE_MEMBER)
+
+      // ---------------------------------------------------------------- the library's own entry points
+      IEMSDataObject* body() const {
+    return body_.get();
+  }
+  IEMSMessageParameters* headers() const { return headers_.get(); }
+  IEMSMimeParts* parts() const { return parts_.get(); }
+  LONG defaultCodePage() const { return defaultCodePage_; }
+  LONG defaultEncoding() const { return defaultEncoding_; }
+  LONG attachFlag() const { return attach_; }
+
+  void SetBody(ComPtr<IEMSDataObject> body) { body_ = std::move(body); }
+  void SetAttachFlag() { attach_ = 1; }
+  // The code page and transfer encoding that the splitter hands every child.
+  void InheritDefaults(const MimePart& parent) {
+    defaultCodePage_ = parent.defaultCodePage_;
+    defaultEncoding_ = parent.defaultEncoding_;
+  }
+
+  // AssemblePartObject and the BodyObject getter as bytes: the part's
+  // header block (when `withHeaders`), then its body as the getter gives
+  // it. `hasBody` tells whether there was a body at all.
+  HRESULT WriteTo(bool withHeaders, std::string* out, bool* hasBody);
+
+ private:
+  // The body store of BodyObject put, after the new body is held.
+  HRESULT StoreBody(IEMSDataObject* body);
+
+  ComPtr<IEMSDataObject> body_;
+  ComPtr<IEMSMessageParameters> headers_;
+  ComPtr<IEMSMimeParts> parts_;
+  LONG defaultCodePage_;
+  LONG defaultEncoding_ = 0;
+  LONG defaultHeaderEncoding_ = 3;  // automatic
+  LONG attach_ = 0;
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_MIME_MIME_PART_H

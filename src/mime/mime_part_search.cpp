@@ -1,0 +1,300 @@
+// Header access by name, the searches of the part tree and the conversion
+// of a part into a multipart container. The searches visit children in
+// list order, depth first, and stop at the first success; each keeps its
+// own stack instead of calling itself once per level.
+#include <climits>
+#include <cstdint>
+#include <unordered_set>
+#include <vector>
+
+#include "src/headers/content_type_codes.h"
+#include "src/headers/message_parameters.h"
+#include "src/mime/mime_part.h"
+#include "src/mime/mime_part_fields.h"
+#include "src/mime/mime_parts.h"
+
+namespace pv {
+namespace {
+
+// A part whose children a search is going through.
+struct SearchFrame {
+  ComPtr<MimePart> part;
+  ComPtr<IEMSMimeParts> list;
+  LONG count;
+  LONG next;
+  int64_t level;  // FindPart only
+};
+
+SearchFrame FrameOf(MimePart* part, int64_t level = 0) {
+  ComPtr<IEMSMimeParts> list(part->parts());
+  return {ComPtr<MimePart>(part), list, PartsCountOf(list.get()), 0, level};
+}
+
+// The parts on the way from the search's start to the part being visited:
+// a part found again among its own descendants is passed over, since
+// searching it again would never end.
+class Path {
+ public:
+  bool Contains(MimePart* part) const { return parts_.count(part) != 0; }
+  void Enter(MimePart* part) { parts_.insert(part); }
+  void Leave(MimePart* part) { parts_.erase(part); }
+
+ private:
+  std::unordered_set<MimePart*> parts_;
+};
+
+LONG ClampLevel(int64_t level) { return level < INT32_MIN ? INT32_MIN : static_cast<LONG>(level); }
+
+}  // namespace
+
+HRESULT MimePart::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+  return headers_->CreateParameter(bszName, ppVal);
+}
+
+HRESULT MimePart::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+  return headers_->FindParameter(bszName, ppVal);
+}
+
+// Only direct children are compared; grandchildren are not searched.
+HRESULT MimePart::RemovePart(IEMSMimePart* pPart) {
+  if (pPart == nullptr) return E_POINTER;
+  return Guard([&] {
+    const LONG count = PartsCountOf(parts_.get());
+    if (count == 0) return E_FAIL;
+    for (LONG i = 0; i < count; ++i) {
+      if (PartOf(parts_.get(), i).get() != pPart) continue;
+      parts_->RemovePart(i);  // status ignored
+      return S_OK;
+    }
+    return E_FAIL;
+  });
+}
+
+// ---------------------------------------------------------------- FindPart
+namespace {
+
+enum class Visit { kFound, kFailed, kDescend };
+
+// The part's own step: its "Content-Type" field takes the content type
+// asked for (a deliberate change of the part), and the part answers when
+// two readings of the field's codes agree, which they do for any field that
+// keeps what it was given.
+Visit VisitForFindPart(MimePart* part, BSTR contentType, int64_t level) {
+  ComPtr<IEMSMessageParameter> field = FieldByName(part->headers(), "Content-Type");
+  if (!field) return Visit::kFailed;
+  ComPtr<IEMSContentType> content;
+  if (SUCCEEDED(field.As(&content)) && content) {
+    content->ParseContentType(contentType);  // resets the type, then reads the text
+    LONG type1 = 0, subtype1 = 0, type2 = 0, subtype2 = 0;
+    bool read = SUCCEEDED(content->get_MimeType(&type1)) && SUCCEEDED(content->get_MimeSubType(&subtype1)) &&
+                SUCCEEDED(content->get_MimeType(&type2)) && SUCCEEDED(content->get_MimeSubType(&subtype2));
+    if (read && type1 == type2 && subtype1 == subtype2) return Visit::kFound;
+  }
+  return level != 0 ? Visit::kDescend : Visit::kFailed;
+}
+
+}  // namespace
+
+HRESULT MimePart::FindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
+  if (bszCntType == nullptr || ppPart == nullptr) return E_POINTER;
+  return Guard([&] {
+    Visit first = VisitForFindPart(this, bszCntType, nLevel);
+    if (first == Visit::kFound) {
+      *ppPart = this;
+      AddRef();
+      return S_OK;
+    }
+    if (first == Visit::kFailed) return E_FAIL;
+    Path path;
+    std::vector<SearchFrame> stack;
+    stack.push_back(FrameOf(this, nLevel));
+    path.Enter(this);
+    while (!stack.empty()) {
+      SearchFrame& frame = stack.back();
+      if (frame.next >= frame.count) {
+        path.Leave(frame.part.get());
+        stack.pop_back();
+        continue;
+      }
+      const int64_t childLevel = frame.level - 1;  // a negative level never reaches 0
+      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
+      if (!child) continue;
+      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
+      if (!own) {
+        ComPtr<IEMSMimePart> found;
+        if (SUCCEEDED(child->FindPart(bszCntType, ClampLevel(childLevel), found.put())) && found) {
+          *ppPart = found.detach();
+          return S_OK;
+        }
+        continue;
+      }
+      if (path.Contains(own.get())) continue;
+      Visit visit = VisitForFindPart(own.get(), bszCntType, childLevel);
+      if (visit == Visit::kFound) {
+        *ppPart = own.get();
+        own->AddRef();
+        return S_OK;
+      }
+      if (visit == Visit::kDescend) {
+        stack.push_back(FrameOf(own.get(), childLevel));
+        path.Enter(own.get());
+      }
+    }
+    return E_FAIL;
+  });
+}
+
+// ---------------------------------------------------------------- FindParentPart
+// The root is never its own parent.
+HRESULT MimePart::FindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
+  if (pPart == nullptr || ppPart == nullptr) return E_POINTER;
+  return Guard([&] {
+    Path path;
+    std::vector<SearchFrame> stack;
+    stack.push_back(FrameOf(this));
+    path.Enter(this);
+    while (!stack.empty()) {
+      SearchFrame& frame = stack.back();
+      if (frame.next >= frame.count) {
+        path.Leave(frame.part.get());
+        stack.pop_back();
+        continue;
+      }
+      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
+      if (!child) continue;
+      if (child.get() == pPart) {
+        *ppPart = frame.part.get();
+        frame.part->AddRef();
+        return S_OK;
+      }
+      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
+      if (!own) {
+        ComPtr<IEMSMimePart> found;
+        if (SUCCEEDED(child->FindParentPart(pPart, found.put())) && found) {
+          *ppPart = found.detach();
+          return S_OK;
+        }
+        continue;
+      }
+      if (path.Contains(own.get())) continue;
+      stack.push_back(FrameOf(own.get()));
+      path.Enter(own.get());
+    }
+    return E_FAIL;
+  });
+}
+
+// ---------------------------------------------------------------- FindPartBySubType
+namespace {
+
+// A leaf answers when its subtype is the one asked for and it is not marked
+// as an attachment; a multipart part never answers itself.
+Visit VisitForSubType(MimePart* part, LONG subtypeAsked) {
+  LONG type = kTypeText;
+  LONG subtype = kSubtypePlain;
+  PartContentCodes(part->headers(), &type, &subtype);
+  if (type == kTypeMultipart) return Visit::kDescend;
+  if (type < kTypeUnknown || type > kTypeVideo || type == kTypeNone) return Visit::kFailed;
+  if (subtype != subtypeAsked) return Visit::kFailed;
+  if (IsAttachmentDisposition(FieldByName(part->headers(), "Content-Disposition").get())) return Visit::kFailed;
+  return Visit::kFound;
+}
+
+}  // namespace
+
+HRESULT MimePart::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
+  if (ppPart == nullptr) return E_POINTER;
+  return Guard([&] {
+    Visit first = VisitForSubType(this, nSubType);
+    if (first == Visit::kFound) {
+      *ppPart = this;
+      AddRef();
+      return S_OK;
+    }
+    if (first == Visit::kFailed) return E_FAIL;
+    Path path;
+    std::vector<SearchFrame> stack;
+    stack.push_back(FrameOf(this));
+    path.Enter(this);
+    while (!stack.empty()) {
+      SearchFrame& frame = stack.back();
+      if (frame.next >= frame.count) {
+        path.Leave(frame.part.get());
+        stack.pop_back();
+        continue;
+      }
+      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
+      if (!child) continue;
+      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
+      if (!own) {
+        ComPtr<IEMSMimePart> found;
+        if (SUCCEEDED(child->FindPartBySubType(nSubType, found.put())) && found) {
+          *ppPart = found.detach();
+          return S_OK;
+        }
+        continue;
+      }
+      if (path.Contains(own.get())) continue;
+      Visit visit = VisitForSubType(own.get(), nSubType);
+      if (visit == Visit::kFound) {
+        *ppPart = own.get();
+        own->AddRef();
+        return S_OK;
+      }
+      if (visit == Visit::kDescend) {
+        stack.push_back(FrameOf(own.get()));
+        path.Enter(own.get());
+      }
+    }
+    return E_FAIL;
+  });
+}
+
+// ---------------------------------------------------------------- ConvertToMultipart
+// The part's whole header list (every field, message-level ones included)
+// moves to the new only child, with the body or the children; the part
+// keeps a new list with nothing but a multipart "Content-Type".
+HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
+  return Guard([&] {
+    if (FieldCountOf(headers_.get()) == 0) return E_FAIL;
+    LONG type = kTypeText;
+    LONG subtype = kSubtypePlain;
+    PartContentCodes(headers_.get(), &type, &subtype);
+    if (type == kTypeMultipart && subtype == nSubType) return S_OK;
+
+    ComPtr<MimePart> child;
+    HRESULT hr = MakeObject(&child);
+    if (FAILED(hr)) return hr;
+    ComPtr<MessageParameters> headers;
+    hr = MakeObject(&headers);
+    if (FAILED(hr)) return hr;
+
+    child->InheritDefaults(*this);
+    child->put_Headers(headers_.get());
+    if (body_) {
+      child->put_BodyObject(body_.get());
+    } else {
+      child->parts_->AppendParts(parts_.get());
+    }
+
+    headers_ = ComPtr<IEMSMessageParameters>(headers.get());
+    ComPtr<IEMSMessageParameter> field;
+    hr = CreateField(headers_.get(), "Content-Type", &field);
+    if (FAILED(hr)) return hr;
+    ComPtr<IEMSContentType> content;
+    hr = field.As(&content);
+    if (FAILED(hr)) return hr;
+    content->put_MimeType(kTypeMultipart);
+    content->put_MimeSubType(nSubType);
+    content->CreateBoundary(0, nullptr);
+
+    RemoveAllParts(parts_.get());
+    AppendPart(parts_.get(), child.get());
+    body_ = nullptr;
+    return S_OK;
+  });
+}
+
+}  // namespace pv

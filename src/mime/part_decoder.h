@@ -1,0 +1,20 @@
+// EMSMimePartDecoder: the decoded bytes of one part's body, by the part's
+// "Content-Transfer-Encoding" field. No state of its own; the codecs are
+// those of transfer_codecs.h.
+#ifndef PARCELVANE_SRC_MIME_PART_DECODER_H
+#define PARCELVANE_SRC_MIME_PART_DECODER_H
+
+#include "src/server/com_object.h"
+
+namespace pv {
+
+class PartDecoder final : public ComObject<PartDecoder, IEMSMimePartDecoder> {
+ public:
+  explicit PartDecoder(IUnknown* outer) : ComObject(outer) {}
+
+  PV_MEMBERS_IEMSMimePartDecoder(PV_OVERRIDE_MEMBER)
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_MIME_PART_DECODER_H

@@ -1,0 +1,21 @@
+// EMSMimePartEncoder: transfer-encodes the body of one part in place, by
+// the part's DefaultEncoding, and records the encoding in the part's
+// "Content-Transfer-Encoding" field. No state of its own; the codecs are
+// those of transfer_codecs.h.
+#ifndef PARCELVANE_SRC_MIME_PART_ENCODER_H
+#define PARCELVANE_SRC_MIME_PART_ENCODER_H
+
+#include "src/server/com_object.h"
+
+namespace pv {
+
+class PartEncoder final : public ComObject<PartEncoder, IEMSMimePartEncoder> {
+ public:
+  explicit PartEncoder(IUnknown* outer) : ComObject(outer) {}
+
+  PV_MEMBERS_IEMSMimePartEncoder(PV_OVERRIDE_MEMBER)
+};
+
+}  // namespace pv
+
+#endif  // PARCELVANE_SRC_MIME_PART_ENCODER_H
