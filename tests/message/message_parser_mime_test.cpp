@@ -3,6 +3,7 @@
 // conversion of uuencoded blocks into attachments.
 #include "src/message/message_parser.h"
 #include "tests/message/message_test_util.h"
+#include "tests/mime/foreign_parts.h"
 
 namespace pv::test {
 namespace {
@@ -216,6 +217,23 @@ TEST(MessageMime, MimePartGetWithoutAResultPlaceSucceeds) {
 TEST(MessageMime, AMimeMessageAssemblesToItsFieldsFollowedByTheRootPart) {
   auto message = ParsedMessage("Subject: s\r\nContent-Type: text/plain\r\nTo: a@b\r\n\r\nhello\r\n");
   EXPECT_EQ(Assembled(message.get()), "Subject: s\r\nTo: a@b\r\nContent-Type: text/plain\r\n\r\nhello\r\n");
+}
+
+TEST(MessageMime, ARootPartOfAnotherImplementationAssemblesThroughItsInterface) {
+  const std::string part =
+      "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nx\r\n--b--\r\n";
+  auto foreign = MakeForeign<ForeignPart>();
+  ASSERT_EQ(foreign->ParsePartObject(DataOf(part).get()), S_OK);
+  auto message = ParsedMessage("Subject: s\r\n\r\nplain");
+  ASSERT_EQ(message->put_MimePart(foreign.get()), S_OK);
+  int before = foreign->calls;
+  std::string assembled = Assembled(message.get());
+  EXPECT_GT(foreign->calls, before);
+  EXPECT_EQ(assembled, "Subject: s\r\nContent-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n"
+                       "Content-Type: text/plain\r\n\r\nx\r\n--b--\r\n");
+  // The library's own part gives the same bytes.
+  auto own = ParsedMessage("Subject: s\r\n" + part);
+  EXPECT_EQ(Assembled(own.get()), assembled);
 }
 
 // ---------------------------------------------------------------- uuencoded blocks in a plain body
