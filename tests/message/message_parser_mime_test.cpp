@@ -364,7 +364,8 @@ TEST(MessageUuencode, AParseConvertsAtMostItsLimitOfRounds) {
   auto message = ParsedMessage(NestedBlocks(12));
   auto root = RootOf(message.get());
   ASSERT_TRUE(root);
-  EXPECT_EQ(ChildCount(root.get()), 1 + 8);
+  ASSERT_EQ(MessageParser::kMaxConversionRounds, 8);
+  EXPECT_EQ(ChildCount(root.get()), 1 + MessageParser::kMaxConversionRounds);
   // The ninth block is left in the text.
   EXPECT_NE(PartBody(ChildOf(root.get(), 0).get()).find("begin 644 f9"), std::string::npos);
 }
