@@ -16,10 +16,6 @@
 namespace pv {
 namespace {
 
-constexpr LONG kHeaderEncodingNone = 0;
-constexpr LONG kHeaderEncodingQ = 1;
-constexpr LONG kHeaderEncodingB = 2;
-
 // The file name of an attachment path: name and extension without drive
 // and directory, and the extension (with its dot) to look its type up by.
 // An "extension" holding a blank belongs to the name and is not looked up.
@@ -151,7 +147,7 @@ HRESULT MessageParser::AddAttach(BSTR bszName, IEMSDataObject* pObject) {
       ComPtr<IEMSHeaderCharset> charset;
       if (FAILED(CreateClassInstance(CLSID_EMSHeaderCharset, &charset))) return S_OK;
       // An attachment to be uuencoded gets B where Q was asked for.
-      bool uuencode = attachEncoding_ == kTransferEncodingUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
+      bool uuencode = attachEncoding_ == kTransferUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
       charset->put_DefaultEncoding(uuencode ? kHeaderEncodingB : attachHeaderEncoding_);
       charset->put_DefaultCodePage(static_cast<LONG>(AnsiCodePage()));
       Bstr headerName = FixedName("filename=\"\"");
