@@ -127,7 +127,18 @@ HRESULT MessageParser::AddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
     LONG type = kTypeText;
     LONG subtype = kSubtypePlain;
     RootContentCodes(&type, &subtype);
-    if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
+    if (type != kTypeMultipart || subtype != nPrefSubType) {
+      const bool wasPlain = static_cast<bool>(plainBody_);
+      ConvertToMultipart(nPrefSubType);
+      // A plain message first becomes a single "text/plain" part, whose
+      // children are never written; converting that part as well gives the
+      // new part a multipart container, so the message keeps it when it is
+      // assembled.
+      if (wasPlain && root_) {
+        RootContentCodes(&type, &subtype);
+        if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
+      }
+    }
     if (IsMimeMessage() != S_OK) return E_FAIL;
     ComPtr<IEMSMimeParts> children;
     if (FAILED(root_->get_MimeParts(children.put())) || !children) return E_FAIL;

@@ -469,14 +469,32 @@ TEST(MessageBodies, AddAttachToAnEmptyMessageMakesTheAttachmentTheRoot) {
   EXPECT_EQ(TreeShape(RootOf(again.get()).get()), "application/pdf");
 }
 
-// A plain message becomes a single "text/plain" root, and the attachment
-// hangs under it as a child that a part that is not multipart never writes.
-TEST(MessageBodies, AddAttachOnAPlainMessageHangsTheAttachmentUnderATextRoot) {
+// A plain message first becomes a single "text/plain" part; that part is
+// then made the first child of a multipart root, so the attachment is
+// written and survives a save.
+TEST(MessageBodies, AddAttachOnAPlainMessageKeepsTheTextAndTheAttachment) {
   auto message = ParsedMessage("Subject: s\r\n\r\nbody");
   EXPECT_EQ(message->AddAttach(B("a.pdf").get(), DataOf("abc").get()), S_OK);
-  EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "text/plain(/)");
+  EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "multipart/mixed(text/plain,/)");
   EXPECT_EQ(CountOf(AttachmentsOf(message.get()).get()), 1);
-  EXPECT_EQ(Assembled(message.get()), "Subject: s\r\nContent-Type: text/plain\r\n\r\nbody");
+  auto again = ParsedMessage(Assembled(message.get()));
+  EXPECT_EQ(TreeShape(RootOf(again.get()).get()), "multipart/mixed(text/plain,application/pdf)");
+  EXPECT_EQ(CountOf(AttachmentsOf(again.get()).get()), 1);
+  Bstr text;
+  EXPECT_EQ(again->get_TextBody(text.put()), S_OK);
+  // A child that is not the last keeps the line break written before the
+  // next delimiter.
+  EXPECT_EQ(U8(text), "body\r\n");
+}
+
+TEST(MessageBodies, AddPartOnAPlainMessageWritesThePart) {
+  auto message = ParsedMessage("Subject: s\r\n\r\nbody");
+  auto part = Create<IEMSMimePart>(CLSID_EMSMimePart);
+  ASSERT_EQ(part->ParsePartObject(DataOf("Content-Type: text/html\r\n\r\n<p>x</p>").get()), S_OK);
+  EXPECT_EQ(message->AddPart(1, part.get()), S_OK);
+  EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "multipart/alternative(text/plain,text/html)");
+  auto again = ParsedMessage(Assembled(message.get()));
+  EXPECT_EQ(TreeShape(RootOf(again.get()).get()), "multipart/alternative(text/plain,text/html)");
 }
 
 TEST(MessageBodies, AttachPartsListsTheFlaggedLeavesInTreeOrder) {
