@@ -50,7 +50,7 @@ ComPtr<IEMSDataObject> DataOf(std::string_view bytes) {
 }
 
 // ---------------------------------------------------------------- the plain statement
-// One part as the description builds it: its own body (or none) and its
+// One part as the plain statement builds it: its own body (or none) and its
 // children. Built with a stack of its own, so deep inputs are fine here too.
 struct Node {
   bool hasBody = false;

@@ -30,10 +30,10 @@ HRESULT MessageParser::FinalConstruct() {
 HRESULT MessageParser::InitNew() {
   textCodePage_ = defaultCodePage_;
   htmlCodePage_ = defaultCodePage_;
-  defaultEncoding_ = kTransferEncodingAuto;
-  textEncoding_ = kTransferEncodingAuto;
-  htmlEncoding_ = kTransferEncodingAuto;
-  attachEncoding_ = kTransferEncodingBase64;
+  defaultEncoding_ = kTransferAutomatic;
+  textEncoding_ = kTransferAutomatic;
+  htmlEncoding_ = kTransferAutomatic;
+  attachEncoding_ = kTransferBase64;
   headers_->put_DefaultCodePage(defaultCodePage_);
   headers_->put_DefaultEncoding(defaultEncoding_);
   stored_ = nullptr;

@@ -20,16 +20,11 @@
 #include <string>
 #include <string_view>
 
+#include "src/headers/header_charset.h"
+#include "src/mime/transfer_codecs.h"
 #include "src/server/com_object.h"
 
 namespace pv {
-
-// Transfer-encoding codes the message uses by name.
-enum : LONG {
-  kTransferEncodingBase64 = 2,
-  kTransferEncodingAuto = 3,
-  kTransferEncodingUuencode = 4,
-};
 
 class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
  public:
@@ -90,11 +85,13 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   LONG defaultCodePage_;
   LONG textCodePage_;
   LONG htmlCodePage_;
-  LONG defaultEncoding_ = kTransferEncodingAuto;
-  LONG textEncoding_ = kTransferEncodingAuto;
-  LONG htmlEncoding_ = kTransferEncodingAuto;
-  LONG attachHeaderEncoding_ = 3;  // automatic header encoding
-  LONG attachEncoding_ = kTransferEncodingBase64;
+  // One number for two readers: the header list takes it as a header encoding
+  // (3: automatic) and the root part as a transfer encoding (3: automatic).
+  LONG defaultEncoding_ = kTransferAutomatic;
+  LONG textEncoding_ = kTransferAutomatic;
+  LONG htmlEncoding_ = kTransferAutomatic;
+  LONG attachHeaderEncoding_ = kHeaderEncodingAuto;
+  LONG attachEncoding_ = kTransferBase64;
   ComPtr<IEMSDataObject> stored_;
   ComPtr<IEMSDataObject> plainBody_;
   ComPtr<IEMSMessageParameters> headers_;

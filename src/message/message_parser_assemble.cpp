@@ -5,6 +5,7 @@
 // buffer is never reused, so every change shows.
 #include "src/message/message_parser.h"
 #include "src/message/message_parser_util.h"
+#include "src/mime/mime_part.h"
 #include "src/platform/codepage.h"
 
 namespace pv {
@@ -12,23 +13,28 @@ namespace pv {
 void MessageParser::AssembleBytes(std::string* out) {
   Bstr headerText;
   headers_->AssembleParameters(headerText.put());
-  std::string headers = WideToAnsi(headerText.view());
+  *out = WideToAnsi(headerText.view());
   headerText.reset();
-
-  DataBytes bodyBytes;
-  std::string_view body;
-  ComPtr<IEMSDataObject> partOutput;
   if (plainBody_) {
-    body = SpanOf(plainBody_.get(), &bodyBytes);
-  } else if (root_) {
-    root_->AssemblePartObject(partOutput.put());
-    body = SpanOf(partOutput.get(), &bodyBytes);
+    DataBytes bytes;
+    std::string_view body = SpanOf(plainBody_.get(), &bytes);
+    out->reserve(out->size() + 2 + body.size());
+    out->append("\r\n").append(body);  // the blank line after the header block
+    return;
   }
-  out->clear();
-  out->reserve(headers.size() + 2 + body.size());
-  out->append(headers);
-  if (plainBody_) out->append("\r\n");  // the blank line after the header block
-  out->append(body);
+  if (!root_) return;
+  // The library's own part writes its assembly straight after the header
+  // text, so that assembling holds one copy of the message rather than two.
+  if (ComPtr<MimePart> own = ImplOf<MimePart>(root_.get())) {
+    size_t headerEnd = out->size();
+    bool hasBody = false;
+    if (FAILED(own->WriteTo(true, out, &hasBody))) out->resize(headerEnd);  // as if no object came back
+    return;
+  }
+  ComPtr<IEMSDataObject> part;
+  root_->AssemblePartObject(part.put());
+  DataBytes bytes;
+  out->append(SpanOf(part.get(), &bytes));
 }
 
 HRESULT MessageParser::AssembleObject(IEMSDataObject** ppVal) {

@@ -16,10 +16,6 @@
 namespace pv {
 namespace {
 
-constexpr LONG kHeaderEncodingNone = 0;
-constexpr LONG kHeaderEncodingQ = 1;
-constexpr LONG kHeaderEncodingB = 2;
-
 // The file name of an attachment path: name and extension without drive
 // and directory, and the extension (with its dot) to look its type up by.
 // An "extension" holding a blank belongs to the name and is not looked up.
@@ -131,7 +127,18 @@ HRESULT MessageParser::AddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
     LONG type = kTypeText;
     LONG subtype = kSubtypePlain;
     RootContentCodes(&type, &subtype);
-    if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
+    if (type != kTypeMultipart || subtype != nPrefSubType) {
+      const bool wasPlain = static_cast<bool>(plainBody_);
+      ConvertToMultipart(nPrefSubType);
+      // A plain message first becomes a single "text/plain" part, whose
+      // children are never written; converting that part as well gives the
+      // new part a multipart container, so the message keeps it when it is
+      // assembled.
+      if (wasPlain && root_) {
+        RootContentCodes(&type, &subtype);
+        if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
+      }
+    }
     if (IsMimeMessage() != S_OK) return E_FAIL;
     ComPtr<IEMSMimeParts> children;
     if (FAILED(root_->get_MimeParts(children.put())) || !children) return E_FAIL;
@@ -151,7 +158,7 @@ HRESULT MessageParser::AddAttach(BSTR bszName, IEMSDataObject* pObject) {
       ComPtr<IEMSHeaderCharset> charset;
       if (FAILED(CreateClassInstance(CLSID_EMSHeaderCharset, &charset))) return S_OK;
       // An attachment to be uuencoded gets B where Q was asked for.
-      bool uuencode = attachEncoding_ == kTransferEncodingUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
+      bool uuencode = attachEncoding_ == kTransferUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
       charset->put_DefaultEncoding(uuencode ? kHeaderEncodingB : attachHeaderEncoding_);
       charset->put_DefaultCodePage(static_cast<LONG>(AnsiCodePage()));
       Bstr headerName = FixedName("filename=\"\"");

@@ -4,6 +4,7 @@
 #include <set>
 #include <vector>
 
+#include "src/headers/content_type_codes.h"
 #include "src/headers/message_parameters.h"
 #include "src/message/message_parser.h"
 #include "src/message/message_parser_util.h"
@@ -307,7 +308,7 @@ bool MessageParser::ConvertUuencodedInTree(IEMSMimePart* part, bool isRoot) {
   // A text child that holds blocks is replaced by its text part.
   auto convertChild = [this](TreeFrame& frame) {
     LONG type = 0;
-    if (FAILED(frame.child->get_MimeType(&type)) || type != 6) return false;
+    if (FAILED(frame.child->get_MimeType(&type)) || type != kTypeText) return false;
     ComPtr<IEMSDataObject> body;
     ComPtr<IEMSMimeParts> produced;
     frame.child->get_BodyObject(body.put());

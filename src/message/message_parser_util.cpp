@@ -2,6 +2,7 @@
 
 #include <climits>
 
+#include "src/headers/content_type_codes.h"
 #include "src/platform/codepage.h"
 #include "src/server/class_instance.h"
 
@@ -51,8 +52,8 @@ ComPtr<IEMSMessageParameter> FindPartField(IEMSMimePart* part, std::string_view 
 }
 
 void ContentCodesOf(IEMSMessageParameter* contentType, LONG* type, LONG* subtype) {
-  *type = 6;
-  *subtype = 18;
+  *type = kTypeText;
+  *subtype = kSubtypePlain;
   ComPtr<IEMSContentType> state;
   if (contentType == nullptr || FAILED(contentType->QueryInterface(IID_IEMSContentType, state.put_void())) ||
       !state) {

@@ -63,15 +63,16 @@ HRESULT PartDecoder::DecodePart(IEMSMimePart* pPart, IEMSDataObject** ppVal) {
     }
     DataBytes bytes;
     if (FAILED(ReadDataBytes(body.get(), &bytes)) || bytes.data() == nullptr) return E_FAIL;
-    // The work buffer is exactly the body's Length, zero-filled: it becomes
-    // the result's array, and the result's Length is the decoded size.
+    // The work buffer is exactly the body's Length (no decoder writes more);
+    // the result holds the produced bytes only, so nothing the decoders left
+    // behind the decoded count can reach a host.
     std::string work(bytes.length, '\0');
     std::string_view in = bytes.Span();
     if (in.size() > work.size()) in = in.substr(0, work.size());
     size_t produced = 0;
     if (!Decode(code, in, work.data(), &produced) || produced == 0) return E_FAIL;
+    work.resize(produced);
     output->SetStore(ByteStore::FromBytes(std::move(work)));
-    output->SetLength(static_cast<ULONG>(produced));
     *ppVal = output.detach();
     return S_OK;
   });

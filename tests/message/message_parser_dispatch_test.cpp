@@ -173,5 +173,55 @@ TEST_F(MessageByName, NumbersAndStatusesComeBackThroughInvoke) {
   EXPECT_EQ(Invoke(dispatch_.get(), "Parse", DISPATCH_METHOD, {}), E_POINTER);
 }
 
+// ---------------------------------------------------------------- a script's session
+TEST_F(MessageByName, AScriptParsesEditsAttachesAndAssembles) {
+  ASSERT_EQ(Invoke(dispatch_.get(), "FullMessage", DISPATCH_PROPERTYPUT,
+                   {"From: Ann <ann@example.com>\r\nSubject: hello\r\n\r\nold body\r\n"}),
+            S_OK);
+  EXPECT_EQ(GetText("Subject"), "hello");
+  EXPECT_EQ(Invoke(dispatch_.get(), "Subject", DISPATCH_PROPERTYPUT, {"report"}), S_OK);
+  EXPECT_EQ(Invoke(dispatch_.get(), "TextBody", DISPATCH_PROPERTYPUT, {"new body\r\n"}), S_OK);
+
+  // The attachment's bytes, in a data object filled by name as well.
+  auto data = Create<IEMSDataObject>(CLSID_EMSDataObject);
+  ComPtr<IDispatch> dataDispatch;
+  ASSERT_EQ(data->QueryInterface(IID_IDispatch, dataDispatch.put_void()), S_OK);
+  ASSERT_EQ(Invoke(dataDispatch.get(), "CreateDataArray", DISPATCH_METHOD, {Arg::Own(ByteVariant("%PDF-1.4"))}),
+            S_OK);
+  EXPECT_EQ(Invoke(dispatch_.get(), "AddAttach", DISPATCH_METHOD, {"C:\\out\\report.pdf", Arg(dataDispatch.get())}),
+            S_OK);
+
+  std::string full = GetText("FullMessage");
+  EXPECT_NE(full.find("Subject: "), std::string::npos);
+  EXPECT_NE(full.find("filename=\"report.pdf\""), std::string::npos);
+  EXPECT_EQ(full.find("old body"), std::string::npos);
+
+  // Parsed again by name: the attachment is listed and decodes to its bytes.
+  auto other = NewMessage();
+  ComPtr<IDispatch> otherDispatch;
+  ASSERT_EQ(other->QueryInterface(IID_IDispatch, otherDispatch.put_void()), S_OK);
+  ASSERT_EQ(Invoke(otherDispatch.get(), "FullMessage", DISPATCH_PROPERTYPUT, {full.c_str()}), S_OK);
+  VARIANT result;
+  VariantInit(&result);
+  ASSERT_EQ(Invoke(otherDispatch.get(), "AttachParts", DISPATCH_PROPERTYGET, {}, &result), S_OK);
+  ASSERT_EQ(result.vt, VT_DISPATCH);
+  ASSERT_NE(result.pdispVal, nullptr);
+  ComPtr<IEMSMimeParts> parts;
+  ASSERT_EQ(result.pdispVal->QueryInterface(IID_IEMSMimeParts, parts.put_void()), S_OK);
+  VariantClear(&result);
+  ASSERT_EQ(Number(parts.get(), &IEMSMimeParts::get_PartsCount), 1);
+  ComPtr<IEMSMimePart> part;
+  parts->get_Part(0, part.put());
+  EXPECT_EQ(DecodedBytes(part.get()), "%PDF-1.4");
+  VariantInit(&result);
+  ASSERT_EQ(Invoke(otherDispatch.get(), "TextBody", DISPATCH_PROPERTYGET, {}, &result), S_OK);
+  EXPECT_EQ(U8(result.bstrVal), "new body\r\n");
+  VariantClear(&result);
+  VariantInit(&result);
+  ASSERT_EQ(Invoke(otherDispatch.get(), "Subject", DISPATCH_PROPERTYGET, {}, &result), S_OK);
+  EXPECT_EQ(U8(result.bstrVal), "report");
+  VariantClear(&result);
+}
+
 }  // namespace
 }  // namespace pv::test

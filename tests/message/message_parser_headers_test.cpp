@@ -91,6 +91,7 @@ TEST(MessageHeaders, SubjectGetWithoutASubjectWritesNothing) {
   BSTR value = nullptr;
   EXPECT_EQ(message->get_Subject(&value), S_OK);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 TEST(MessageHeaders, SubjectGetWithoutAResultPlaceIsAnArgumentError) {
@@ -230,6 +231,7 @@ TEST(MessageHeaders, HeaderStringGetOfAnAbsentFieldSucceedsWithNothing) {
   BSTR value = nullptr;
   EXPECT_EQ(message->get_HeaderString(B("To").get(), &value), S_OK);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 TEST(MessageHeaders, HeaderStringGetMakesNoCheckOfTheResultPlace) {
@@ -262,6 +264,7 @@ TEST(MessageHeaders, AllHeadersStringOfNoFieldsWritesNothing) {
   BSTR value = nullptr;
   EXPECT_EQ(message->get_AllHeadersString(&value), S_OK);
   EXPECT_EQ(value, nullptr);
+  SysFreeString(value);
 }
 
 TEST(MessageHeaders, AllHeadersStringNeedsAResultPlaceAndAValue) {

@@ -3,6 +3,7 @@
 #ifndef PARCELVANE_TESTS_MESSAGE_MESSAGE_TEST_UTIL_H
 #define PARCELVANE_TESTS_MESSAGE_MESSAGE_TEST_UTIL_H
 
+#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +11,13 @@
 #include "tests/test_util.h"
 
 namespace pv::test {
+
+// The content-type database of the message tests: the fixture, set before
+// the first lookup reads it.
+inline const bool kMimeTypesFixture = [] {
+  setenv("PARCELVANE_MIME_TYPES", PARCELVANE_TEST_FIXTURES "/platform/mime.types", 1);
+  return true;
+}();
 
 inline ComPtr<IEMSMessageParser> NewMessage() { return Create<IEMSMessageParser>(CLSID_EMSMessageParser); }
 
@@ -36,6 +44,7 @@ inline std::string TextOf(BSTR value) {
 
 template <class Object>
 std::string Text(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(BSTR*)) {
+  if (object == nullptr) return "<no object>";
   BSTR value = nullptr;
   (object->*getter)(&value);
   return TextOf(value);
@@ -52,6 +61,10 @@ inline std::string HeaderText(IEMSMessageParser* message, std::string_view name)
 template <class Object>
 LONG Number(Object* object, HRESULT (STDMETHODCALLTYPE Object::*getter)(LONG*)) {
   LONG value = -12345;
+  if (object == nullptr) {
+    ADD_FAILURE() << "no object";
+    return value;
+  }
   EXPECT_EQ((object->*getter)(&value), S_OK);
   return value;
 }
@@ -104,6 +117,7 @@ inline ComPtr<IEMSMimePart> RootOf(IEMSMessageParser* message) {
 }
 
 inline LONG ChildCount(IEMSMimePart* part) {
+  if (part == nullptr) return -1;
   ComPtr<IEMSMimeParts> children;
   LONG count = -1;
   if (SUCCEEDED(part->get_MimeParts(children.put())) && children) children->get_PartsCount(&count);
@@ -113,30 +127,35 @@ inline LONG ChildCount(IEMSMimePart* part) {
 inline ComPtr<IEMSMimePart> ChildOf(IEMSMimePart* part, LONG index) {
   ComPtr<IEMSMimeParts> children;
   ComPtr<IEMSMimePart> child;
+  if (part == nullptr) return child;
   if (SUCCEEDED(part->get_MimeParts(children.put())) && children) children->get_Part(index, child.put());
   return child;
 }
 
 // "type/subtype" of a part's "Content-Type" field, "<none>" without it.
 inline std::string ContentTypeOf(IEMSMimePart* part) {
+  if (part == nullptr) return "<no part>";
   BSTR value = nullptr;
   part->get_MimeContentTypeString(&value);
   return value == nullptr ? std::string("<none>") : TextOf(value);
 }
 
 inline std::string PartField(IEMSMimePart* part, std::string_view name) {
+  if (part == nullptr) return "<no part>";
   ComPtr<IEMSMessageParameters> headers;
   part->get_Headers(headers.put());
   return headers ? RawField(headers.get(), name) : "<no list>";
 }
 
 inline std::string PartBody(IEMSMimePart* part) {
+  if (part == nullptr) return "<no part>";
   ComPtr<IEMSDataObject> body;
   part->get_BodyObject(body.put());
   return body ? SpanBytes(body.get()) : std::string("<none>");
 }
 
 inline std::string DecodedBytes(IEMSMimePart* part) {
+  if (part == nullptr) return "<no part>";
   ComPtr<IEMSDataObject> data;
   part->get_DecodedBinary(data.put());
   return data ? SpanBytes(data.get()) : std::string("<none>");

@@ -106,17 +106,19 @@ TEST_F(PartDecoderTest, CopyIsANewObjectOnTheSameBytes) {
   EXPECT_EQ(SpanBytes(out.get()), "as is");
 }
 
-TEST_F(PartDecoderTest, ResultHoldsTheWholeWorkBufferAndSelectsTheDecodedBytes) {
+TEST_F(PartDecoderTest, ResultHoldsTheDecodedBytesOnly) {
   auto part = Parsed("Content-Transfer-Encoding: base64\r\n\r\n");
   part->put_BodyObject(DataOf("QUJD\r\n").get());
   ComPtr<IEMSDataObject> out;
   ASSERT_EQ(decoder_->DecodePart(part.get(), out.put()), S_OK);
-  ULONG size = 0, length = 0;
+  ULONG size = 0, position = 9, length = 0;
   out->get_DataSize(&size);
+  out->get_Position(&position);
   out->get_Length(&length);
-  EXPECT_EQ(size, 6u);
+  EXPECT_EQ(size, 3u);
+  EXPECT_EQ(position, 0u);
   EXPECT_EQ(length, 3u);
-  EXPECT_EQ(AllBytes(out.get()), std::string("ABC\0\0\0", 6));
+  EXPECT_EQ(AllBytes(out.get()), "ABC");
 }
 
 TEST_F(PartDecoderTest, InputIsNeverModified) {
