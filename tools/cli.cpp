@@ -5,16 +5,16 @@
 namespace pvtool {
 namespace {
 
-const OptionSpec* FindLong(const std::vector<OptionSpec>& specs, std::string_view name) {
-  for (const OptionSpec& spec : specs) {
-    if (spec.name == name) return &spec;
+const OptionDef* FindLong(const std::vector<OptionDef>& options, std::string_view name) {
+  for (const OptionDef& option : options) {
+    if (option.name == name) return &option;
   }
   return nullptr;
 }
 
-const OptionSpec* FindShort(const std::vector<OptionSpec>& specs, char name) {
-  for (const OptionSpec& spec : specs) {
-    if (spec.short_name != '\0' && spec.short_name == name) return &spec;
+const OptionDef* FindShort(const std::vector<OptionDef>& options, char name) {
+  for (const OptionDef& option : options) {
+    if (option.short_name != '\0' && option.short_name == name) return &option;
   }
   return nullptr;
 }
@@ -35,7 +35,7 @@ std::vector<std::string> ParsedArgs::All(std::string_view name) const {
   return it->second;
 }
 
-ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs) {
+ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<OptionDef>& options) {
   ParsedArgs parsed;
   bool options_ended = false;
   for (size_t i = 0; i < args.size(); ++i) {
@@ -48,7 +48,7 @@ ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<Opt
       options_ended = true;
       continue;
     }
-    const OptionSpec* spec = nullptr;
+    const OptionDef* option = nullptr;
     std::string shown;
     std::string inline_value;
     bool has_inline_value = false;
@@ -56,22 +56,22 @@ ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<Opt
       const size_t equals = arg.find('=');
       const std::string name = arg.substr(2, equals == std::string::npos ? std::string::npos : equals - 2);
       shown = "--" + name;
-      spec = FindLong(specs, name);
+      option = FindLong(options, name);
       if (equals != std::string::npos) {
         has_inline_value = true;
         inline_value = arg.substr(equals + 1);
       }
     } else {
       shown = arg.substr(0, 2);
-      spec = FindShort(specs, arg[1]);
+      option = FindShort(options, arg[1]);
       if (arg.size() > 2) {
         has_inline_value = true;
         inline_value = arg.substr(2);
       }
     }
-    if (spec == nullptr) Fail("unknown option " + shown);
-    std::vector<std::string>& values = parsed.values_[spec->name];
-    if (!spec->takes_value) {
+    if (option == nullptr) Fail("unknown option " + shown);
+    std::vector<std::string>& values = parsed.values_[option->name];
+    if (!option->takes_value) {
       if (has_inline_value) Fail("option " + shown + " takes no value");
       values.emplace_back();
       continue;
@@ -80,7 +80,7 @@ ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<Opt
       if (i + 1 >= args.size()) Fail("option " + shown + " needs a value");
       inline_value = args[++i];
     }
-    if (!spec->repeatable && !values.empty()) Fail("option " + shown + " given more than once");
+    if (!option->repeatable && !values.empty()) Fail("option " + shown + " given more than once");
     values.push_back(inline_value);
   }
   return parsed;

@@ -11,7 +11,7 @@
 
 namespace pvtool {
 
-struct OptionSpec {
+struct OptionDef {
   std::string name;        // long name without "--"
   char short_name = '\0';  // or '\0'
   bool takes_value = false;
@@ -28,14 +28,14 @@ class ParsedArgs {
   const std::vector<std::string>& positional() const { return positional_; }
 
  private:
-  friend ParsedArgs ParseArgs(const std::vector<std::string>&, const std::vector<OptionSpec>&);
+  friend ParsedArgs ParseArgs(const std::vector<std::string>&, const std::vector<OptionDef>&);
   std::map<std::string, std::vector<std::string>> values_;
   std::vector<std::string> positional_;
 };
 
 // Throws ToolError(kExitUsage) for an unknown option, a missing value, a
 // value given to a flag, or a single-valued option given twice.
-ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<OptionSpec>& specs);
+ParsedArgs ParseArgs(const std::vector<std::string>& args, const std::vector<OptionDef>& options);
 
 }  // namespace pvtool
 

@@ -144,12 +144,12 @@ std::string Build(const Request& r) {
 
 int RunCompose(const Args& args) {
   ParsedArgs parsed;
-  const std::vector<OptionSpec> specs = {
+  const std::vector<OptionDef> options = {
       {"from", '\0', true, false},      {"to", '\0', true, true},          {"cc", '\0', true, true},
       {"subject", '\0', true, false},   {"date", '\0', true, false},       {"header", '\0', true, true},
       {"text", '\0', true, false},      {"text-file", '\0', true, false},  {"html-file", '\0', true, false},
       {"attach", '\0', true, true},     {"output", 'o', true, false}};
-  if (!ParseCommand("compose", args, specs, false, &parsed)) return 0;
+  if (!ParseCommand("compose", args, options, false, &parsed)) return 0;
   const Request request = ReadRequest(parsed);
   WriteOutput(parsed.Get("output"), Build(request));
   return 0;

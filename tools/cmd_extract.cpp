@@ -90,9 +90,9 @@ std::string JsonReport(const std::vector<Written>& written, const std::vector<st
 
 int RunExtract(const Args& args) {
   ParsedArgs parsed;
-  const std::vector<OptionSpec> specs = {
+  const std::vector<OptionDef> options = {
       {"dir", 'd', true, false}, {"force", '\0', false, false}, {"json", '\0', false, false}};
-  if (!ParseCommand("extract", args, specs, true, &parsed)) return 0;
+  if (!ParseCommand("extract", args, options, true, &parsed)) return 0;
   const std::string file = SingleInput(parsed, "extract");
   const MessageView message = LoadMessage(file, LoadOptionsOf(parsed));
   const std::vector<AttachmentInfo> attachments = message.Attachments();

@@ -5,11 +5,11 @@
 
 namespace pvtool {
 
-bool ParseCommand(const std::string& command, const Args& args, std::vector<OptionSpec> specs,
+bool ParseCommand(const std::string& command, const Args& args, std::vector<OptionDef> options,
                   bool reads_messages, ParsedArgs* parsed) {
-  specs.push_back({"help", 'h', false, false});
-  if (reads_messages) specs.push_back({"no-crlf", '\0', false, false});
-  *parsed = ParseArgs(args, specs);
+  options.push_back({"help", 'h', false, false});
+  if (reads_messages) options.push_back({"no-crlf", '\0', false, false});
+  *parsed = ParseArgs(args, options);
   if (!parsed->Has("help")) return true;
   WriteOut(CommandHelp(command));
   return false;

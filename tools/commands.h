@@ -23,9 +23,9 @@ int RunLs(const Args& args);
 int RunRoundtrip(const Args& args);
 
 // ---------------------------------------------------------------- shared by the commands
-// Parses `args` with `specs` plus --help and, when `reads_messages`,
+// Parses `args` with `options` plus --help and, when `reads_messages`,
 // --no-crlf. Returns false when help was asked for (and printed).
-bool ParseCommand(const std::string& command, const Args& args, std::vector<OptionSpec> specs,
+bool ParseCommand(const std::string& command, const Args& args, std::vector<OptionDef> options,
                   bool reads_messages, ParsedArgs* parsed);
 // The one positional argument; a usage error otherwise.
 std::string SingleInput(const ParsedArgs& parsed, const std::string& command, const char* what = "FILE");

@@ -36,7 +36,7 @@ constexpr uint16_t kNoCode = 0xFFFF;
 
 enum class PageKind { kSingleByte, kDoubleByte, kConverter };
 
-struct PageSpec {
+struct PageEntry {
   UINT codePage;
   PageKind kind;
   const char* converter;  // the ICU converter the page is built from
@@ -46,7 +46,7 @@ struct PageSpec {
 // Every page of the charset table that converts here, in code-page order.
 // Not here: 1200 (UTF-16, which the platform's byte conversions reject),
 // 20000 (CNS) and the auto-detecting pages 50932, 50936 and 50950.
-constexpr PageSpec kPages[] = {
+constexpr PageEntry kPages[] = {
     {37, PageKind::kSingleByte, "ibm-37_P100-1995", false},
     {424, PageKind::kSingleByte, "ibm-424_P100-1995", false},
     {437, PageKind::kSingleByte, "ibm-437_P100-1995", true},
@@ -277,13 +277,13 @@ uint16_t EncodeStrict(UConverter* c, char16_t unit) {
 // ---------------------------------------------------------------- single-byte pages
 class SingleBytePage {
  public:
-  bool Build(const PageSpec& spec) {
-    ConverterHandle c = OpenConverter(spec.converter);
+  bool Build(const PageEntry& entry) {
+    ConverterHandle c = OpenConverter(entry.converter);
     if (!c) return false;
     for (int b = 0; b < 256; ++b) {
       char in = static_cast<char>(b);
       UChar out[4];
-      if (spec.asciiBased && b < 0x80) {
+      if (entry.asciiBased && b < 0x80) {
         decode_[b] = static_cast<char16_t>(b);
       } else if (DecodeStrict(c.get(), &in, 1, out, 4) == 1) {
         decode_[b] = out[0];
@@ -291,7 +291,7 @@ class SingleBytePage {
         decode_[b] = (b >= 0x80 && b <= 0x9F) ? static_cast<char16_t>(b) : kReplacement;
       }
     }
-    if (spec.codePage == 10079) {
+    if (entry.codePage == 10079) {
       for (const BytePatch& p : kMacIcelandicPatches) decode_[p.byte] = p.unit;
     }
     for (int b = 255; b >= 0; --b) {  // the lowest byte wins for a unit mapped twice
@@ -324,15 +324,15 @@ class SingleBytePage {
 // ---------------------------------------------------------------- double-byte pages
 class DoubleBytePage {
  public:
-  bool Build(const PageSpec& spec) {
-    ConverterHandle c = OpenConverter(spec.converter);
+  bool Build(const PageEntry& entry) {
+    ConverterHandle c = OpenConverter(entry.converter);
     if (!c) return false;
     leadIndex_.fill(0);
     std::vector<char16_t> duplicates;
     for (int b = 0; b < 256; ++b) {
       char in = static_cast<char>(b);
       UChar out[4];
-      if (spec.asciiBased && b < 0x80) {
+      if (entry.asciiBased && b < 0x80) {
         single_[b] = static_cast<char16_t>(b);
       } else if (IsLeadByte(c.get(), static_cast<unsigned char>(b))) {
         single_[b] = kDoubleByteDefault;
@@ -346,7 +346,7 @@ class DoubleBytePage {
       }
       AddReverse(single_[b], static_cast<uint16_t>(b), &duplicates);
     }
-    if (spec.codePage == 932 || spec.codePage == 10001) {  // the platform's extra single bytes of 932
+    if (entry.codePage == 932 || entry.codePage == 10001) {  // the platform's extra single bytes of 932
       for (const BytePatch& p : k932Patches) {
         single_[p.byte] = p.unit;
         AddReverse(p.unit, p.byte, &duplicates);
@@ -448,9 +448,9 @@ class ConverterPage {
     if (held_ != nullptr) uset_close(held_);
   }
 
-  bool Build(const PageSpec& spec) {
-    closesHz_ = spec.codePage == 52936;
-    converter_ = OpenConverter(spec.converter);
+  bool Build(const PageEntry& entry) {
+    closesHz_ = entry.codePage == 52936;
+    converter_ = OpenConverter(entry.converter);
     if (!converter_) return false;
     UErrorCode err = U_ZERO_ERROR;
     held_ = uset_openEmpty();
@@ -541,7 +541,7 @@ PageSlot* Slots() {
   return slots;
 }
 
-const PageSpec* FindSpec(UINT codePage) {
+const PageEntry* FindEntry(UINT codePage) {
   size_t lo = 0, hi = kPageCount;
   while (lo < hi) {
     size_t mid = (lo + hi) / 2;
@@ -555,29 +555,29 @@ const PageSpec* FindSpec(UINT codePage) {
 }
 
 template <class Page>
-std::unique_ptr<Page> BuildPage(const PageSpec& spec) {
+std::unique_ptr<Page> BuildPage(const PageEntry& entry) {
   auto page = std::make_unique<Page>();
-  if (!page->Build(spec)) return nullptr;
+  if (!page->Build(entry)) return nullptr;
   return page;
 }
 
 // The page's slot, built on first use; null when the page is not here.
 const PageSlot* Page(UINT codePage) {
-  const PageSpec* spec = FindSpec(codePage);
-  if (spec == nullptr) return nullptr;
-  PageSlot& slot = Slots()[spec - kPages];
+  const PageEntry* entry = FindEntry(codePage);
+  if (entry == nullptr) return nullptr;
+  PageSlot& slot = Slots()[entry - kPages];
   std::call_once(slot.once, [&] {
-    switch (spec->kind) {
+    switch (entry->kind) {
       case PageKind::kSingleByte:
-        slot.single = BuildPage<SingleBytePage>(*spec);
+        slot.single = BuildPage<SingleBytePage>(*entry);
         slot.ready = slot.single != nullptr;
         break;
       case PageKind::kDoubleByte:
-        slot.dual = BuildPage<DoubleBytePage>(*spec);
+        slot.dual = BuildPage<DoubleBytePage>(*entry);
         slot.ready = slot.dual != nullptr;
         break;
       case PageKind::kConverter:
-        slot.converter = BuildPage<ConverterPage>(*spec);
+        slot.converter = BuildPage<ConverterPage>(*entry);
         slot.ready = slot.converter != nullptr;
         break;
     }
@@ -590,8 +590,8 @@ const PageSlot* Page(UINT codePage) {
 bool ExtendedIsConvertible(UINT codePage) { return Page(codePage) != nullptr; }
 
 bool ExtendedIsAsciiCompatible(UINT codePage) {
-  const PageSpec* spec = FindSpec(codePage);
-  return spec != nullptr && spec->asciiBased && spec->kind != PageKind::kConverter && Page(codePage) != nullptr;
+  const PageEntry* entry = FindEntry(codePage);
+  return entry != nullptr && entry->asciiBased && entry->kind != PageKind::kConverter && Page(codePage) != nullptr;
 }
 
 int ExtendedToWide(UINT codePage, const char* in, int inLen, OLECHAR* out, int outLen) {

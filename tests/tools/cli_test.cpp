@@ -9,12 +9,12 @@
 namespace pvtool {
 namespace {
 
-const std::vector<OptionSpec> kSpecs = {
+const std::vector<OptionDef> kOptions = {
     {"dir", 'd', true, false}, {"to", '\0', true, true}, {"json", '\0', false, false}};
 
 int UsageCode(const std::vector<std::string>& args) {
   try {
-    ParseArgs(args, kSpecs);
+    ParseArgs(args, kOptions);
   } catch (const ToolError& error) {
     return error.code();
   }
@@ -22,28 +22,28 @@ int UsageCode(const std::vector<std::string>& args) {
 }
 
 TEST(ParseArgs, ReadsValuesInEveryForm) {
-  const ParsedArgs a = ParseArgs({"--dir", "x", "file"}, kSpecs);
+  const ParsedArgs a = ParseArgs({"--dir", "x", "file"}, kOptions);
   EXPECT_EQ(a.Get("dir"), "x");
-  EXPECT_EQ(ParseArgs({"--dir=y"}, kSpecs).Get("dir"), "y");
-  EXPECT_EQ(ParseArgs({"-d", "z"}, kSpecs).Get("dir"), "z");
-  EXPECT_EQ(ParseArgs({"-dw"}, kSpecs).Get("dir"), "w");
+  EXPECT_EQ(ParseArgs({"--dir=y"}, kOptions).Get("dir"), "y");
+  EXPECT_EQ(ParseArgs({"-d", "z"}, kOptions).Get("dir"), "z");
+  EXPECT_EQ(ParseArgs({"-dw"}, kOptions).Get("dir"), "w");
   EXPECT_EQ(a.positional(), std::vector<std::string>{"file"});
 }
 
 TEST(ParseArgs, RepeatableOptionsKeepEveryValueInOrder) {
-  const ParsedArgs a = ParseArgs({"--to", "a", "--to=b"}, kSpecs);
+  const ParsedArgs a = ParseArgs({"--to", "a", "--to=b"}, kOptions);
   EXPECT_EQ(a.All("to"), (std::vector<std::string>{"a", "b"}));
 }
 
 TEST(ParseArgs, FlagsAndTheDashArgument) {
-  const ParsedArgs a = ParseArgs({"--json", "-"}, kSpecs);
+  const ParsedArgs a = ParseArgs({"--json", "-"}, kOptions);
   EXPECT_TRUE(a.Has("json"));
   EXPECT_FALSE(a.Has("dir"));
   EXPECT_EQ(a.positional(), std::vector<std::string>{"-"});
 }
 
 TEST(ParseArgs, DoubleDashEndsTheOptions) {
-  const ParsedArgs a = ParseArgs({"--", "--json", "-d"}, kSpecs);
+  const ParsedArgs a = ParseArgs({"--", "--json", "-d"}, kOptions);
   EXPECT_FALSE(a.Has("json"));
   EXPECT_EQ(a.positional(), (std::vector<std::string>{"--json", "-d"}));
 }
