@@ -1,7 +1,7 @@
 // Header access by name, the searches of the part tree and the conversion
 // of a part into a multipart container. The searches visit children in
-// list order, depth first, and stop at the first success; each keeps its
-// own stack instead of calling itself once per level.
+// list order, depth first, and stop at the first success; they share one
+// walk on an explicit stack instead of calling themselves once per level.
 #include <climits>
 #include <cstdint>
 #include <unordered_set>
@@ -45,6 +45,73 @@ class Path {
 
 LONG ClampLevel(int64_t level) { return level < INT32_MIN ? INT32_MIN : static_cast<LONG>(level); }
 
+enum class Visit { kFound, kFailed, kDescend };
+
+// The walk the three searches share: the descendants of `root`, children in
+// list order, depth first, on an explicit stack. For each child the search
+// first says whether the child itself answers from where it stands
+// (`Matches`, writing the answer); a part of another implementation is then
+// asked to search its own subtree (`AskForeign`); the library's own part is
+// visited (`VisitPart`): found, passed over, or descended into. The first
+// answer ends the walk.
+template <class Search>
+HRESULT SearchDescendants(MimePart* root, int64_t rootLevel, Search& search, IEMSMimePart** ppPart) {
+  Path path;
+  std::vector<SearchFrame> stack;
+  stack.push_back(FrameOf(root, rootLevel));
+  path.Enter(root);
+  while (!stack.empty()) {
+    SearchFrame& frame = stack.back();
+    if (frame.next >= frame.count) {
+      path.Leave(frame.part.get());
+      stack.pop_back();
+      continue;
+    }
+    const int64_t childLevel = frame.level - 1;  // a negative level never reaches 0
+    ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
+    if (!child) continue;
+    ComPtr<IEMSMimePart> found;
+    if (search.Matches(frame.part.get(), child.get(), &found)) {
+      *ppPart = found.detach();
+      return S_OK;
+    }
+    ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
+    if (!own) {
+      if (search.AskForeign(child.get(), childLevel, &found) && found) {
+        *ppPart = found.detach();
+        return S_OK;
+      }
+      continue;
+    }
+    if (path.Contains(own.get())) continue;
+    Visit visit = search.VisitPart(own.get(), childLevel);
+    if (visit == Visit::kFound) {
+      *ppPart = own.get();
+      own->AddRef();
+      return S_OK;
+    }
+    if (visit == Visit::kDescend) {
+      stack.push_back(FrameOf(own.get(), childLevel));
+      path.Enter(own.get());
+    }
+  }
+  return E_FAIL;
+}
+
+// The part's own step, shared by the searches that may answer with the
+// part they start from.
+template <class Search>
+HRESULT SearchFromPart(MimePart* part, int64_t level, Search& search, IEMSMimePart** ppPart) {
+  Visit first = search.VisitPart(part, level);
+  if (first == Visit::kFound) {
+    *ppPart = part;
+    part->AddRef();
+    return S_OK;
+  }
+  if (first == Visit::kFailed) return E_FAIL;
+  return SearchDescendants(part, level, search, ppPart);
+}
+
 }  // namespace
 
 HRESULT MimePart::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
@@ -75,8 +142,6 @@ HRESULT MimePart::RemovePart(IEMSMimePart* pPart) {
 // ---------------------------------------------------------------- FindPart
 namespace {
 
-enum class Visit { kFound, kFailed, kDescend };
-
 // The part's own step: its "Content-Type" field takes the content type
 // asked for (a deliberate change of the part), and the part answers when
 // two readings of the field's codes agree, which they do for any field that
@@ -95,94 +160,50 @@ Visit VisitForFindPart(MimePart* part, BSTR contentType, int64_t level) {
   return level != 0 ? Visit::kDescend : Visit::kFailed;
 }
 
+struct ContentTypeSearch {
+  BSTR contentType;
+  bool Matches(MimePart*, IEMSMimePart*, ComPtr<IEMSMimePart>*) { return false; }
+  bool AskForeign(IEMSMimePart* child, int64_t level, ComPtr<IEMSMimePart>* found) {
+    return SUCCEEDED(child->FindPart(contentType, ClampLevel(level), found->put()));
+  }
+  Visit VisitPart(MimePart* part, int64_t level) { return VisitForFindPart(part, contentType, level); }
+};
+
 }  // namespace
 
 HRESULT MimePart::FindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
   if (bszCntType == nullptr || ppPart == nullptr) return E_POINTER;
   return Guard([&] {
-    Visit first = VisitForFindPart(this, bszCntType, nLevel);
-    if (first == Visit::kFound) {
-      *ppPart = this;
-      AddRef();
-      return S_OK;
-    }
-    if (first == Visit::kFailed) return E_FAIL;
-    Path path;
-    std::vector<SearchFrame> stack;
-    stack.push_back(FrameOf(this, nLevel));
-    path.Enter(this);
-    while (!stack.empty()) {
-      SearchFrame& frame = stack.back();
-      if (frame.next >= frame.count) {
-        path.Leave(frame.part.get());
-        stack.pop_back();
-        continue;
-      }
-      const int64_t childLevel = frame.level - 1;  // a negative level never reaches 0
-      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
-      if (!child) continue;
-      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
-      if (!own) {
-        ComPtr<IEMSMimePart> found;
-        if (SUCCEEDED(child->FindPart(bszCntType, ClampLevel(childLevel), found.put())) && found) {
-          *ppPart = found.detach();
-          return S_OK;
-        }
-        continue;
-      }
-      if (path.Contains(own.get())) continue;
-      Visit visit = VisitForFindPart(own.get(), bszCntType, childLevel);
-      if (visit == Visit::kFound) {
-        *ppPart = own.get();
-        own->AddRef();
-        return S_OK;
-      }
-      if (visit == Visit::kDescend) {
-        stack.push_back(FrameOf(own.get(), childLevel));
-        path.Enter(own.get());
-      }
-    }
-    return E_FAIL;
+    ContentTypeSearch search{bszCntType};
+    return SearchFromPart(this, nLevel, search, ppPart);
   });
 }
 
 // ---------------------------------------------------------------- FindParentPart
+namespace {
+
+// Answers with the part whose list holds the child looked for.
+struct ParentSearch {
+  IEMSMimePart* target;
+  bool Matches(MimePart* parent, IEMSMimePart* child, ComPtr<IEMSMimePart>* found) {
+    if (child != target) return false;
+    *found = ComPtr<IEMSMimePart>(parent);
+    return true;
+  }
+  bool AskForeign(IEMSMimePart* child, int64_t, ComPtr<IEMSMimePart>* found) {
+    return SUCCEEDED(child->FindParentPart(target, found->put()));
+  }
+  Visit VisitPart(MimePart*, int64_t) { return Visit::kDescend; }
+};
+
+}  // namespace
+
 // The root is never its own parent.
 HRESULT MimePart::FindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
   if (pPart == nullptr || ppPart == nullptr) return E_POINTER;
   return Guard([&] {
-    Path path;
-    std::vector<SearchFrame> stack;
-    stack.push_back(FrameOf(this));
-    path.Enter(this);
-    while (!stack.empty()) {
-      SearchFrame& frame = stack.back();
-      if (frame.next >= frame.count) {
-        path.Leave(frame.part.get());
-        stack.pop_back();
-        continue;
-      }
-      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
-      if (!child) continue;
-      if (child.get() == pPart) {
-        *ppPart = frame.part.get();
-        frame.part->AddRef();
-        return S_OK;
-      }
-      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
-      if (!own) {
-        ComPtr<IEMSMimePart> found;
-        if (SUCCEEDED(child->FindParentPart(pPart, found.put())) && found) {
-          *ppPart = found.detach();
-          return S_OK;
-        }
-        continue;
-      }
-      if (path.Contains(own.get())) continue;
-      stack.push_back(FrameOf(own.get()));
-      path.Enter(own.get());
-    }
-    return E_FAIL;
+    ParentSearch search{pPart};
+    return SearchDescendants(this, 0, search, ppPart);
   });
 }
 
@@ -202,53 +223,22 @@ Visit VisitForSubType(MimePart* part, LONG subtypeAsked) {
   return Visit::kFound;
 }
 
+struct SubtypeSearch {
+  LONG subtype;
+  bool Matches(MimePart*, IEMSMimePart*, ComPtr<IEMSMimePart>*) { return false; }
+  bool AskForeign(IEMSMimePart* child, int64_t, ComPtr<IEMSMimePart>* found) {
+    return SUCCEEDED(child->FindPartBySubType(subtype, found->put()));
+  }
+  Visit VisitPart(MimePart* part, int64_t) { return VisitForSubType(part, subtype); }
+};
+
 }  // namespace
 
 HRESULT MimePart::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
   if (ppPart == nullptr) return E_POINTER;
   return Guard([&] {
-    Visit first = VisitForSubType(this, nSubType);
-    if (first == Visit::kFound) {
-      *ppPart = this;
-      AddRef();
-      return S_OK;
-    }
-    if (first == Visit::kFailed) return E_FAIL;
-    Path path;
-    std::vector<SearchFrame> stack;
-    stack.push_back(FrameOf(this));
-    path.Enter(this);
-    while (!stack.empty()) {
-      SearchFrame& frame = stack.back();
-      if (frame.next >= frame.count) {
-        path.Leave(frame.part.get());
-        stack.pop_back();
-        continue;
-      }
-      ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
-      if (!child) continue;
-      ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
-      if (!own) {
-        ComPtr<IEMSMimePart> found;
-        if (SUCCEEDED(child->FindPartBySubType(nSubType, found.put())) && found) {
-          *ppPart = found.detach();
-          return S_OK;
-        }
-        continue;
-      }
-      if (path.Contains(own.get())) continue;
-      Visit visit = VisitForSubType(own.get(), nSubType);
-      if (visit == Visit::kFound) {
-        *ppPart = own.get();
-        own->AddRef();
-        return S_OK;
-      }
-      if (visit == Visit::kDescend) {
-        stack.push_back(FrameOf(own.get()));
-        path.Enter(own.get());
-      }
-    }
-    return E_FAIL;
+    SubtypeSearch search{nSubType};
+    return SearchFromPart(this, 0, search, ppPart);
   });
 }
 
