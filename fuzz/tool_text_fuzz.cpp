@@ -19,7 +19,7 @@ void Require(bool condition) {
 
 void CheckSafeName(const std::string& input) {
   const std::string name = pvtool::SafeFileName(input);
-  Require(!name.empty() && name.size() <= pvtool::kMaxSafeNameBytes + 1);
+  Require(!name.empty() && name.size() <= pvtool::kMaxSafeNameBytes);
   Require(name != "." && name != ".." && name[0] != '.');
   Require(pvtool::IsValidUtf8(name));
   for (unsigned char c : name) Require(c >= 0x20 && c != 0x7F && c != '/' && c != '\\' && c != ':');

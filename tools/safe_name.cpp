@@ -108,8 +108,12 @@ std::string SafeFileName(std::string_view name) {
   std::string safe = TrimEnds(ReplaceForbidden(name));
   safe = TrimEnds(CutToLimit(safe));
   if (safe.empty()) return "attachment";
-  if (IsDeviceName(safe)) safe.insert(0, "_");
-  return safe;
+  if (!IsDeviceName(safe)) return safe;
+  // The prefix can push a name over the limit; cutting it again keeps the
+  // "_" in front, so the result is no device name and stays the same when
+  // made safe a second time.
+  safe.insert(0, "_");
+  return TrimEnds(CutToLimit(safe));
 }
 
 std::string NumberedName(std::string_view name, unsigned number) {

@@ -78,6 +78,21 @@ TEST(SafeFileName, CuttingNeverSplitsACharacter) {
   EXPECT_EQ(safe.size() % 2, 0u);
 }
 
+TEST(SafeFileName, ALongDeviceNameStaysWithinTheLimitWithItsPrefix) {
+  const std::string name = "CON." + std::string(300, 'x');
+  const std::string safe = SafeFileName(name);
+  EXPECT_EQ(safe, "_CON." + std::string(kMaxSafeNameBytes - 5, 'x'));
+}
+
+TEST(SafeFileName, AMadeSafeLongDeviceNameIsUnchangedTheSecondTime) {
+  const std::string safe = SafeFileName("aux." + std::string(250, 'y'));
+  EXPECT_EQ(SafeFileName(safe), safe);
+}
+
+TEST(SafeFileName, ANameCutDownToADeviceNameGetsThePrefix) {
+  EXPECT_EQ(SafeFileName("PRN" + std::string(300, ' ') + "z"), "_PRN");
+}
+
 TEST(NumberedName, PutsTheNumberBeforeTheExtension) {
   EXPECT_EQ(NumberedName("report.pdf", 1), "report-1.pdf");
   EXPECT_EQ(NumberedName("README", 2), "README-2");
