@@ -89,6 +89,7 @@ size_t ExtensionStart(std::string_view name) {
   return dot;
 }
 
+// Cuts to the limit, then drops the blanks and dots the cut left at the end.
 std::string CutToLimit(const std::string& name) {
   if (name.size() <= kMaxSafeNameBytes) return name;
   constexpr size_t kMaxKeptExtension = 16;
@@ -99,21 +100,21 @@ std::string CutToLimit(const std::string& name) {
   }
   const std::string_view stem = Utf8Prefix(std::string_view(name).substr(0, name.size() - extension.size()),
                                            kMaxSafeNameBytes - extension.size());
-  return std::string(stem) + std::string(extension);
+  return TrimEnds(std::string(stem) + std::string(extension));
 }
 
 }  // namespace
 
 std::string SafeFileName(std::string_view name) {
   std::string safe = TrimEnds(ReplaceForbidden(name));
-  safe = TrimEnds(CutToLimit(safe));
+  safe = CutToLimit(safe);
   if (safe.empty()) return "attachment";
   if (!IsDeviceName(safe)) return safe;
   // The prefix can push a name over the limit; cutting it again keeps the
   // "_" in front, so the result is no device name and stays the same when
   // made safe a second time.
   safe.insert(0, "_");
-  return TrimEnds(CutToLimit(safe));
+  return CutToLimit(safe);
 }
 
 std::string NumberedName(std::string_view name, unsigned number) {
