@@ -15,24 +15,6 @@
 
 namespace pvtool {
 
-template <class I>
-struct InterfaceId;
-#define PVTOOL_INTERFACE_ID(I) \
-  template <>                  \
-  struct InterfaceId<I> {      \
-    static const IID& Get() { return IID_##I; } \
-  };
-PVTOOL_INTERFACE_ID(IEMSContentDisposition)
-PVTOOL_INTERFACE_ID(IEMSDataObject)
-PVTOOL_INTERFACE_ID(IEMSHeaderMailboxes)
-PVTOOL_INTERFACE_ID(IEMSMimeAttribute)
-PVTOOL_INTERFACE_ID(IEMSMimeAttributes)
-PVTOOL_INTERFACE_ID(IEMSMessageParameter)
-PVTOOL_INTERFACE_ID(IEMSMessageParameters)
-PVTOOL_INTERFACE_ID(IEMSMessageParser)
-PVTOOL_INTERFACE_ID(IEMSMimePart)
-PVTOOL_INTERFACE_ID(IEMSMimeParts)
-#undef PVTOOL_INTERFACE_ID
 
 // One counted reference, released when dropped.
 template <class T>
@@ -93,7 +75,7 @@ void Check(HRESULT hr, const char* what);
 template <class I>
 Ref<I> CreateObject(REFCLSID clsid, const char* class_name) {
   Ref<I> object;
-  Check(PvCreateInstance(clsid, nullptr, InterfaceId<I>::Get(), reinterpret_cast<void**>(object.put())),
+  Check(PvCreateInstance(clsid, nullptr, PvInterfaceId<I>::Get(), reinterpret_cast<void**>(object.put())),
         class_name);
   return object;
 }

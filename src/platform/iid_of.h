@@ -7,8 +7,11 @@
 
 namespace pv {
 
+// The library's interfaces answer from the public list; the base ones below.
 template <class T>
-struct IidOf;
+struct IidOf {
+  static const IID& Get() { return PvInterfaceId<T>::Get(); }
+};
 
 #define PV_IID_OF(I) \
   template <>        \
@@ -18,8 +21,6 @@ struct IidOf;
 PV_IID_OF(IUnknown)
 PV_IID_OF(IDispatch)
 PV_IID_OF(IClassFactory)
-PV_DUAL_INTERFACES(PV_IID_OF)
-PV_CUSTOM_INTERFACES(PV_IID_OF)
 #undef PV_IID_OF
 
 }  // namespace pv

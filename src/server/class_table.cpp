@@ -6,34 +6,10 @@
 namespace pv {
 namespace {
 
-const ClassRow kRows[] = {
-    {"EMSDataObject", "CComEMSDataObject", "IEMSDataObject", &IID_IEMSDataObject, &CLSID_EMSDataObject, 101,
-     &CreateEMSDataObject},
-    {"EMSHeaderCharset", "CComEMSHeaderCharset", "IEMSHeaderCharset", &IID_IEMSHeaderCharset,
-     &CLSID_EMSHeaderCharset, 103, &CreateEMSHeaderCharset},
-    {"EMSHeaderMailbox", "CComEMSHeaderMailbox", "IEMSHeaderMailbox", &IID_IEMSHeaderMailbox,
-     &CLSID_EMSHeaderMailbox, 104, &CreateEMSHeaderMailbox},
-    {"EMSHeaderMailboxes", "CComEMSHeaderMailboxes", "IEMSHeaderMailboxes", &IID_IEMSHeaderMailboxes,
-     &CLSID_EMSHeaderMailboxes, 105, &CreateEMSHeaderMailboxes},
-    {"EMSMessageParameter", "CComEMSMessageParameter", "IEMSMessageParameter", &IID_IEMSMessageParameter,
-     &CLSID_EMSMessageParameter, 106, &CreateEMSMessageParameter},
-    {"EMSMessageParameters", "CComEMSMessageParameters", "IEMSMessageParameters", &IID_IEMSMessageParameters,
-     &CLSID_EMSMessageParameters, 107, &CreateEMSMessageParameters},
-    {"EMSMessageParser", "CEMSComMessageParser", "IEMSMessageParser", &IID_IEMSMessageParser,
-     &CLSID_EMSMessageParser, 108, &CreateEMSMessageParser},
-    {"EMSMimeAttribute", "CComEMSMimeAttribute", "IEMSMimeAttribute", &IID_IEMSMimeAttribute,
-     &CLSID_EMSMimeAttribute, 112, &CreateEMSMimeAttribute},
-    {"EMSMimeAttributes", "CComEMSMimeAttributes", "IEMSMimeAttributes", &IID_IEMSMimeAttributes,
-     &CLSID_EMSMimeAttributes, 113, &CreateEMSMimeAttributes},
-    {"EMSMimePart", "CComEMSMimePart", "IEMSMimePart", &IID_IEMSMimePart, &CLSID_EMSMimePart, 114,
-     &CreateEMSMimePart},
-    {"EMSMimePartDecoder", "CComEMSMimePartDecoder", "IEMSMimePartDecoder", &IID_IEMSMimePartDecoder,
-     &CLSID_EMSMimePartDecoder, 115, &CreateEMSMimePartDecoder},
-    {"EMSMimePartEncoder", "CComEMSMimePartEncoder", "IEMSMimePartEncoder", &IID_IEMSMimePartEncoder,
-     &CLSID_EMSMimePartEncoder, 116, &CreateEMSMimePartEncoder},
-    {"EMSMimeParts", "CComEMSMessageMimeParts", "IEMSMimeParts", &IID_IEMSMimeParts, &CLSID_EMSMimeParts, 117,
-     &CreateEMSMimeParts},
-};
+#define PV_CLASS_ROW(C, impl, itf, script, scriptName, guid) \
+  {#C, #impl, #itf, &IID_##itf, &CLSID_##C, script, #scriptName, &Create##C},
+const ClassRow kRows[] = {PV_CLASSES(PV_CLASS_ROW)};
+#undef PV_CLASS_ROW
 
 }  // namespace
 

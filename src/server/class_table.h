@@ -1,5 +1,5 @@
 // The module's class table: one row per creatable class, in registration
-// order. A row whose class is not built yet has no creator.
+// order, made from the class list of the public identifiers header.
 #ifndef PARCELVANE_SRC_SERVER_CLASS_TABLE_H
 #define PARCELVANE_SRC_SERVER_CLASS_TABLE_H
 
@@ -20,7 +20,10 @@ struct ClassRow {
   const IID* iid;              // default interface
   const CLSID* clsid;
   int registrationScript;  // resource number of the class's registration script
-  CreatorFn create;        // null while the class is not built
+  // The class whose name the registration script's versioned program
+  // identifier carries (another class's for one row; see the class list).
+  const char* scriptProgIdClass;
+  CreatorFn create;
 };
 
 const ClassRow* ClassTableBegin();
