@@ -1,7 +1,6 @@
 #include "src/server/object_core.h"
 
-#include <vector>
-
+#include "src/platform/thread_slot.h"
 #include "src/server/module.h"
 
 namespace pv {
@@ -42,17 +41,22 @@ ULONG ObjectCore::Inner::Release() {
 }
 
 void ObjectCore::DestroyLater(ObjectCore* object) {
-  thread_local std::vector<ObjectCore*> pending;
-  thread_local bool draining = false;
-  pending.push_back(object);
-  if (draining) return;
-  draining = true;
-  while (!pending.empty()) {
-    ObjectCore* next = pending.back();
-    pending.pop_back();
+  // The thread's slot points at the list of the outermost call while one
+  // drains; nested releases only add to it.
+  auto* pending = static_cast<ObjectCore**>(GetThreadSlot());
+  if (pending != nullptr) {
+    object->nextPending_ = *pending;
+    *pending = object;
+    return;
+  }
+  ObjectCore* head = object;
+  SetThreadSlot(&head);
+  while (head != nullptr) {
+    ObjectCore* next = head;
+    head = next->nextPending_;
     delete next;  // may queue the objects it held
   }
-  draining = false;
+  SetThreadSlot(nullptr);
 }
 
 }  // namespace pv

@@ -54,6 +54,7 @@ class ObjectCore {
   static void DestroyLater(ObjectCore* object);
 
   ULONG refs_ = 0;
+  ObjectCore* nextPending_ = nullptr;  // link in the thread's list of objects to delete
   Inner inner_;
   IUnknown* controlling_;
 };
