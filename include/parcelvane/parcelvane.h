@@ -15,12 +15,27 @@ extern "C" {
 // Module entry points of the component server (declared by the SDK on Windows).
 PV_API HRESULT DllGetClassObject(REFCLSID rclsid, REFIID riid, void** ppv);
 PV_API HRESULT DllCanUnloadNow(void);
+// Registration: per machine, or per user after DllInstall(TRUE, "user").
+// Off Windows the registry is a text file per scope (see the README).
+PV_API HRESULT DllRegisterServer(void);
+PV_API HRESULT DllUnregisterServer(void);
 #endif
+PV_API HRESULT STDAPICALLTYPE DllInstall(BOOL bInstall, const OLECHAR* pszCmdLine);
 
 // Creates an object of one of this module's classes, with the contract of
 // the platform's CoCreateInstance (aggregation included), for hosts that
 // have no component runtime.
 PV_API HRESULT PvCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, REFIID riid, void** ppv);
+
+// The class of a program identifier such as "ParcelvaneLib.EMSMessageParser"
+// or "ParcelvaneLib.EMSMessageParser.1": the current user's registration
+// first, then the machine's (a name whose key has no CLSID of its own
+// follows its CurVer), then this module's own classes, which need no
+// registration. CO_E_CLASSSTRING for an unknown name; E_INVALIDARG for a
+// missing argument.
+PV_API HRESULT PvCLSIDFromProgID(const OLECHAR* progId, CLSID* clsid);
+// PvCreateInstance for the class of a program identifier.
+PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOuter, REFIID riid, void** ppv);
 }
 
 #endif  // PARCELVANE_PARCELVANE_H

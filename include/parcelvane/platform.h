@@ -103,6 +103,7 @@ typedef OLECHAR* BSTR;
 #define DISP_E_DIVBYZERO PV_HR(0x80020012u)
 #define DISP_E_BUFFERTOOSMALL PV_HR(0x80020013u)
 #define TYPE_E_ELEMENTNOTFOUND PV_HR(0x8002802Bu)
+#define CO_E_CLASSSTRING PV_HR(0x800401F3u)
 
 #define SUCCEEDED(hr) (((HRESULT)(hr)) >= 0)
 #define FAILED(hr) (((HRESULT)(hr)) < 0)
@@ -139,6 +140,7 @@ inline bool operator!=(REFGUID a, REFGUID b) { return !IsEqualGUID(a, b); }
 #define DISPID_UNKNOWN ((DISPID)-1)
 #define DISPID_VALUE ((DISPID)0)
 #define DISPID_PROPERTYPUT ((DISPID)-3)
+#define DISPID_NEWENUM ((DISPID)-4)
 
 #define DISPATCH_METHOD 0x1
 #define DISPATCH_PROPERTYGET 0x2
@@ -364,6 +366,7 @@ PV_PLATFORM_API extern const IID IID_NULL;
 PV_PLATFORM_API extern const IID IID_IUnknown;
 PV_PLATFORM_API extern const IID IID_IDispatch;
 PV_PLATFORM_API extern const IID IID_IClassFactory;
+PV_PLATFORM_API extern const IID IID_IEnumVARIANT;
 }
 
 struct IUnknown {
@@ -388,6 +391,14 @@ struct IClassFactory : public IUnknown {
   virtual HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* pUnkOuter, REFIID riid,
                                                    void** ppvObject) = 0;
   virtual HRESULT STDMETHODCALLTYPE LockServer(BOOL fLock) = 0;
+};
+
+// The enumerator that a collection hands out for DISPID_NEWENUM.
+struct IEnumVARIANT : public IUnknown {
+  virtual HRESULT STDMETHODCALLTYPE Next(ULONG celt, VARIANT* rgVar, ULONG* pCeltFetched) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Skip(ULONG celt) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Reset() = 0;
+  virtual HRESULT STDMETHODCALLTYPE Clone(IEnumVARIANT** ppEnum) = 0;
 };
 
 // ---------------------------------------------------------------- functions

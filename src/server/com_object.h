@@ -16,6 +16,7 @@
 #include <type_traits>
 
 #include "src/platform/com_ptr.h"
+#include "src/platform/type_library.h"
 #include "src/server/dispatch.h"
 #include "src/server/object_core.h"
 
@@ -40,16 +41,18 @@ class ComObject : public Primary, public Extra..., public ObjectCore {
   ULONG STDMETHODCALLTYPE AddRef() override { return ControllingUnknown()->AddRef(); }
   ULONG STDMETHODCALLTYPE Release() override { return ControllingUnknown()->Release(); }
 
-  // IDispatch of the primary interface.
+  // IDispatch of the primary interface. Its description comes from the
+  // module's type library where it carries one (the Windows library).
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* pctinfo) override {
     if (pctinfo == nullptr) return E_POINTER;
-    *pctinfo = 0;
+    *pctinfo = HasModuleTypeLibrary() ? 1 : 0;
     return S_OK;
   }
-  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo** ppTInfo) override {
+  HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT index, LCID, ITypeInfo** ppTInfo) override {
     if (ppTInfo == nullptr) return E_POINTER;
     *ppTInfo = nullptr;
-    return DISP_E_BADINDEX;
+    if (index != 0 || !HasModuleTypeLibrary()) return DISP_E_BADINDEX;
+    return ModuleTypeInfo(IidOf<Primary>::Get(), ppTInfo);
   }
   HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR* names, UINT count, LCID, DISPID* ids) override {
     return DispatchTableOf<Primary>().IdsOfNames(names, count, ids);

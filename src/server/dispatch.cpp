@@ -1,8 +1,11 @@
 #include "src/server/dispatch.h"
 
+#include <memory>
 #include <string>
 
 #include "src/platform/codepage.h"
+#include "src/server/dispatch_ids.h"
+#include "src/server/variant_enumerator.h"
 
 namespace pv {
 namespace {
@@ -34,20 +37,18 @@ void FillException(EXCEPINFO* excep, const char* interfaceName, const char* memb
 
 }  // namespace
 
-DispatchTable::DispatchTable(const char* interfaceName, std::vector<DispatchMember> members)
-    : interfaceName_(interfaceName), members_(std::move(members)) {
-  // Each operation's identifier is the first identifier plus its position;
-  // the second operation of a property pair shares the first one's.
+DispatchTable::DispatchTable(const char* interfaceName, std::vector<DispatchMember> members,
+                             CollectionMembers collection)
+    : interfaceName_(interfaceName), members_(std::move(members)), collection_(collection) {
+  std::vector<const char*> names;
+  std::unique_ptr<bool[]> isProperty(new bool[members_.size()]);  // a plain array, as the rule reads it
+  std::vector<DISPID> ids(members_.size());
   for (size_t i = 0; i < members_.size(); ++i) {
-    members_[i].id = kFirstId + static_cast<DISPID>(i);
-    if (!IsPropertyKind(members_[i].kind)) continue;
-    for (size_t j = 0; j < i; ++j) {
-      if (IsPropertyKind(members_[j].kind) && std::string(members_[j].name) == members_[i].name) {
-        members_[i].id = members_[j].id;
-        break;
-      }
-    }
+    names.push_back(members_[i].name);
+    isProperty[i] = IsPropertyKind(members_[i].kind);
   }
+  AssignDispatchIds(members_.size(), names.data(), isProperty.get(), ids.data());
+  for (size_t i = 0; i < members_.size(); ++i) members_[i].id = ids[i];
 }
 
 HRESULT DispatchTable::IdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) const {
@@ -56,6 +57,10 @@ HRESULT DispatchTable::IdsOfNames(LPOLESTR* names, UINT count, DISPID* ids) cons
   for (UINT i = 0; i < count; ++i) ids[i] = DISPID_UNKNOWN;
   if (names[0] == nullptr) return DISP_E_UNKNOWNNAME;
   WStringView wanted(names[0]);
+  if (collection_.item != nullptr && NameMatches("_NewEnum", wanted)) {
+    ids[0] = DISPID_NEWENUM;
+    return count == 1 ? S_OK : DISP_E_UNKNOWNNAME;
+  }
   for (const DispatchMember& m : members_) {
     if (NameMatches(m.name, wanted)) {
       ids[0] = m.id;
@@ -81,10 +86,62 @@ const DispatchMember* DispatchTable::Find(DISPID id, WORD flags) const {
   return nullptr;
 }
 
+const DispatchMember* DispatchTable::FindGetter(const char* name) const {
+  for (const DispatchMember& m : members_) {
+    if (m.kind == MemberKind::kGet && std::string(m.name) == name) return &m;
+  }
+  return nullptr;
+}
+
+HRESULT DispatchTable::NewEnum(void* iface, VARIANT* result) const {
+  const DispatchMember* count = FindGetter(collection_.count);
+  const DispatchMember* item = FindGetter(collection_.item);
+  if (count == nullptr || item == nullptr) return DISP_E_MEMBERNOTFOUND;
+  if (result == nullptr) return E_POINTER;
+  UINT bad = kNoBadArgument;
+  VARIANT n;
+  VariantInit(&n);
+  HRESULT hr = count->thunk(iface, nullptr, &n, &bad);
+  if (FAILED(hr)) return hr;
+  std::vector<VARIANT> items;
+  for (LONG i = 0; n.vt == VT_I4 && i < n.lVal; ++i) {
+    VARIANT index;
+    VariantInit(&index);
+    index.vt = VT_I4;
+    index.lVal = i;
+    const VARIANT* in[1] = {&index};
+    VARIANT value;
+    VariantInit(&value);
+    hr = item->thunk(iface, in, &value, &bad);
+    if (FAILED(hr)) {
+      for (VARIANT& v : items) VariantClear(&v);
+      return hr;
+    }
+    items.push_back(value);
+  }
+  IEnumVARIANT* enumerator = nullptr;
+  hr = MakeVariantEnumerator(std::move(items), &enumerator);
+  if (FAILED(hr)) return hr;
+  VariantInit(result);
+  result->vt = VT_UNKNOWN;
+  result->punkVal = enumerator;
+  return S_OK;
+}
+
 HRESULT DispatchTable::Invoke(void* iface, DISPID id, REFIID riid, WORD flags, DISPPARAMS* params,
                               VARIANT* result, EXCEPINFO* excep, UINT* argErr) const {
   if (!IsEqualIID(riid, IID_NULL)) return DISP_E_UNKNOWNINTERFACE;
   if (params == nullptr) return E_INVALIDARG;
+  if (collection_.item != nullptr) {
+    if (id == DISPID_NEWENUM && (flags & (DISPATCH_METHOD | DISPATCH_PROPERTYGET)) && params->cArgs == 0) {
+      return NewEnum(iface, result);
+    }
+    // The collection's default member is its item.
+    if (id == DISPID_VALUE) {
+      const DispatchMember* item = FindGetter(collection_.item);
+      if (item != nullptr) id = item->id;
+    }
+  }
   const DispatchMember* m = Find(id, flags);
   if (m == nullptr) return DISP_E_MEMBERNOTFOUND;
   if (params->cArgs > 0 && params->rgvarg == nullptr) return E_INVALIDARG;

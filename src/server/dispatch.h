@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "parcelvane/interfaces.h"
+#include "src/server/dispatch_ids.h"
 #include "src/platform/strings.h"
 
 namespace pv {
@@ -34,11 +35,21 @@ struct DispatchMember {
   DISPID id;             // filled in by the table
 };
 
+// A collection's two members for scripts: the indexed getter that answers
+// DISPID_VALUE (parts(0)) and the count that, with it, fills the
+// enumerator of DISPID_NEWENUM (For Each). Neither adds a slot or changes
+// an identifier of the interface.
+struct CollectionMembers {
+  const char* item = nullptr;
+  const char* count = nullptr;
+};
+
 class DispatchTable {
  public:
-  static constexpr DISPID kFirstId = 0x60020000;
+  static constexpr DISPID kFirstId = kFirstDispatchId;
 
-  DispatchTable(const char* interfaceName, std::vector<DispatchMember> members);
+  DispatchTable(const char* interfaceName, std::vector<DispatchMember> members,
+                CollectionMembers collection = {});
 
   const char* interfaceName() const { return interfaceName_; }
   const std::vector<DispatchMember>& members() const { return members_; }
@@ -53,9 +64,13 @@ class DispatchTable {
 
  private:
   const DispatchMember* Find(DISPID id, WORD flags) const;
+  const DispatchMember* FindGetter(const char* name) const;
+  // DISPID_NEWENUM: an enumerator over every item, as VT_UNKNOWN.
+  HRESULT NewEnum(void* iface, VARIANT* result) const;
 
   const char* interfaceName_;
   std::vector<DispatchMember> members_;
+  CollectionMembers collection_;
 };
 
 // The description of each dual interface.

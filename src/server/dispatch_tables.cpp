@@ -13,12 +13,22 @@ namespace pv {
 #define PV_DESCRIBE_MEMBER(kind, name, params, optional) \
   dispatch::Describe<&Itf::PV_MEMBER_NAME_##kind(name)>(#name, PV_KIND_##kind, optional),
 
-#define PV_DEFINE_DISPATCH_TABLE(I)                                             \
-  template <>                                                                   \
-  const DispatchTable& DispatchTableOf<I>() {                                   \
-    using Itf = I;                                                              \
-    static const DispatchTable table(#I, {PV_MEMBERS_##I(PV_DESCRIBE_MEMBER)}); \
-    return table;                                                               \
+// The collections among the interfaces, for scripts (see CollectionMembers).
+template <class I>
+CollectionMembers CollectionOf() {
+  return {};
+}
+template <>
+CollectionMembers CollectionOf<IEMSMimeParts>() {
+  return {"Part", "PartsCount"};
+}
+
+#define PV_DEFINE_DISPATCH_TABLE(I)                                                                \
+  template <>                                                                                      \
+  const DispatchTable& DispatchTableOf<I>() {                                                      \
+    using Itf = I;                                                                                 \
+    static const DispatchTable table(#I, {PV_MEMBERS_##I(PV_DESCRIBE_MEMBER)}, CollectionOf<I>()); \
+    return table;                                                                                  \
   }
 
 PV_DUAL_INTERFACES(PV_DEFINE_DISPATCH_TABLE)

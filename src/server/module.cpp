@@ -3,8 +3,11 @@
 #include <atomic>
 
 #include "parcelvane/parcelvane.h"
+#include "src/platform/codepage.h"
+#include "src/server/activation.h"
 #include "src/server/class_factory.h"
 #include "src/server/module.h"
+#include "src/server/registration.h"
 
 namespace pv {
 namespace {
@@ -34,6 +37,30 @@ PV_API HRESULT PvCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, REFIID rii
   hr = factory->CreateInstance(pUnkOuter, riid, ppv);
   factory->Release();
   return hr;
+}
+
+PV_API HRESULT STDAPICALLTYPE DllRegisterServer(void) { return pv::RegisterServer(); }
+
+PV_API HRESULT STDAPICALLTYPE DllUnregisterServer(void) { return pv::UnregisterServer(); }
+
+PV_API HRESULT STDAPICALLTYPE DllInstall(BOOL bInstall, const OLECHAR* pszCmdLine) {
+  return pv::InstallServer(bInstall, pszCmdLine);
+}
+
+PV_API HRESULT PvCLSIDFromProgID(const OLECHAR* progId, CLSID* clsid) {
+  if (progId == nullptr || clsid == nullptr) return E_INVALIDARG;
+  std::string name;
+  if (!pv::ToNarrow(pv::kCodePageUtf8, pv::WStringView(progId), &name)) return CO_E_CLASSSTRING;
+  return pv::ClassFromProgId(name, clsid);
+}
+
+PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOuter, REFIID riid, void** ppv) {
+  if (ppv == nullptr) return E_POINTER;
+  *ppv = nullptr;
+  CLSID clsid;
+  HRESULT hr = PvCLSIDFromProgID(progId, &clsid);
+  if (FAILED(hr)) return hr;
+  return PvCreateInstance(clsid, pUnkOuter, riid, ppv);
 }
 
 }  // extern "C"
