@@ -1,7 +1,6 @@
 // parcelvane extract: every attachment into a directory, never outside it
 // and never over an existing file.
 #include <cstdio>
-#include <set>
 #include <system_error>
 
 #include "tools/commands.h"
@@ -46,14 +45,15 @@ fs::path ChildOf(const fs::path& dir, const std::string& name) {
 // Writes `bytes` under `name` or, when that is taken (by an older file or
 // by an attachment of this run), under the first free numbered name.
 Written WriteAttachment(const fs::path& dir, const std::string& name, const std::string& bytes, bool force,
-                        std::set<std::string>* used) {
+                        RunNames* names) {
   constexpr unsigned kMaxNumber = 100000;
-  for (unsigned number = 0; number < kMaxNumber; ++number) {
-    const std::string candidate = number == 0 ? name : NumberedName(name, number);
-    if (used->count(candidate) != 0) continue;
+  for (;;) {
+    unsigned number = 0;
+    const std::string candidate = names->Next(name, &number);
+    if (number >= kMaxNumber) break;
     const fs::path target = ChildOf(dir, candidate);
     if (WriteFileAtomically(target, bytes, force) == WriteResult::kWritten) {
-      used->insert(candidate);
+      names->MarkUsed(candidate);
       return {name, PathToUtf8(target), bytes.size()};
     }
   }
@@ -101,7 +101,7 @@ int RunExtract(const Args& args) {
     return 0;
   }
   const fs::path dir = PrepareDirectory(parsed.Get("dir"));
-  std::set<std::string> used;
+  RunNames used;
   std::vector<Written> written;
   std::vector<std::string> names;
   for (const AttachmentInfo& attachment : attachments) {
