@@ -101,7 +101,7 @@ std::string Compose() {
 }
 
 std::string Ls() {
-  return "Usage: parcelvane ls [--json] [--no-crlf] MAILBOX\n"
+  return "Usage: parcelvane ls [--json] [--follow] [--no-crlf] MAILBOX\n"
          "\n"
          "One line per message of MAILBOX: index, date, sender, subject, size in\n"
          "bytes and number of attachments. MAILBOX is an mbox file (\"-\" for\n"
@@ -110,7 +110,11 @@ std::string Ls() {
          "a second shows a progress bar on standard error (the environment\n"
          "variable PARCELVANE_PROGRESS_DELAY_MS sets that delay).\n"
          "\n"
+         "A symbolic link out of the directory (cur/3 -> /etc/shadow) is not read:\n"
+         "it is reported on standard error and left out.\n"
+         "\n"
          "  --json      print the list as one JSON document\n"
+         "  --follow    read symbolic links out of the directory too\n"
          "  --no-crlf   do not turn bare LF line ends into CR LF\n";
 }
 
