@@ -118,6 +118,33 @@ std::string Ls() {
          "  --no-crlf   do not turn bare LF line ends into CR LF\n";
 }
 
+std::string Index() {
+  return "Usage: parcelvane index [-j N] [--extract DIR] [--follow] [--no-crlf] MAILBOX...\n"
+         "\n"
+         "One JSON object per line (JSON Lines) for every message of the mbox files,\n"
+         "message files, maildirs and directories given (directories recursively;\n"
+         "a file whose first line starts with \"From \" is read as an mbox file, \"-\"\n"
+         "is an mbox file on standard input): source and byte offset, message_id,\n"
+         "date (ISO 8601 when it parses), from, to, cc and subject (decoded, groups\n"
+         "as written), attachments (name, content_type, size, sha256) and the first\n"
+         "200 characters of the text body (null when there is none). A message that\n"
+         "cannot be read gets source, offset and problem only.\n"
+         "\n"
+         "Messages are parsed on N threads and written in input order; mbox files\n"
+         "are streamed, so memory stays bounded whatever their size. Each file's\n"
+         "lines depend on that file only: to split a large archive across machines,\n"
+         "run one index per file or directory (with any job runner) and concatenate\n"
+         "the outputs in the same order. On a terminal a progress bar with messages\n"
+         "per second and the time left appears on standard error. A symbolic link\n"
+         "out of a directory is not read unless --follow is given.\n"
+         "\n"
+         "  -j, --jobs N     threads (default: the number of cores)\n"
+         "  --extract DIR    also write every attachment into DIR as extract does\n"
+         "                   (safe names, numbered when taken, never outside DIR)\n"
+         "  --follow         read symbolic links out of the directories too\n"
+         "  --no-crlf        do not turn bare LF line ends into CR LF\n";
+}
+
 std::string Roundtrip() {
   return "Usage: parcelvane roundtrip [-o OUT] [--no-crlf] FILE\n"
          "\n"
@@ -144,6 +171,7 @@ std::string ToolHelp() {
              "  extract FILE     write the attachments to a directory, safely\n"
              "  compose          build a message from options\n"
              "  ls MAILBOX       one line per message of an mbox file or a maildir\n"
+             "  index MAILBOX... one JSON line per message, on every core\n"
              "  roundtrip FILE   parse and assemble again\n"
              "\n"
              "FILE may be \"-\" for standard input. \"parcelvane COMMAND --help\" shows\n"
@@ -164,6 +192,7 @@ std::string CommandHelp(std::string_view command) {
   else if (command == "extract") text = Extract();
   else if (command == "compose") text = Compose();
   else if (command == "ls") text = Ls();
+  else if (command == "index") text = Index();
   else if (command == "roundtrip") text = Roundtrip();
   else return std::string();
   if (command != "compose") text += std::string("\n") + kLineEnds;

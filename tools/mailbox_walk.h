@@ -1,6 +1,7 @@
 // The message files of a directory, as ls and index read them: cur/ then
-// new/ for a maildir, else the directory's own files (and, when asked, its
-// subdirectories'), each directory in name order, hidden entries left out.
+// new/ for a maildir, else the directory's own files and, when asked, then
+// those of its subdirectories, depth first; each directory in name order,
+// hidden entries left out.
 //
 // A symbolic link is read only when it stays inside the directory given:
 // a link out of it (cur/3 -> /etc/shadow) is skipped and reported, unless
