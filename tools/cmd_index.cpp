@@ -3,6 +3,7 @@
 // every core and written in input order.
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <thread>
@@ -190,17 +191,8 @@ class Indexer {
 
   // An mbox file (its first line starts with "From ") or one message.
   void ReadFile(const Input& input) {
-    const fs::path path = PathFromUtf8(input.name);
-#ifdef _WIN32
-    std::FILE* in = _wfopen(path.c_str(), L"rb");
-#else
-    std::FILE* in = std::fopen(path.c_str(), "rb");
-#endif
-    if (in == nullptr) throw ToolError(kExitUnreadable, input.name + ": cannot open");
-    struct Closer {
-      std::FILE* f;
-      ~Closer() { std::fclose(f); }
-    } closer{in};
+    std::FILE* in = OpenForReading(PathFromUtf8(input.name), input.name);
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> closer(in, &std::fclose);
     char start[5] = {};
     const size_t got = std::fread(start, 1, sizeof start, in);
     if (got == sizeof start && std::string_view(start, got) == "From " && std::fseek(in, 0, SEEK_SET) == 0) {

@@ -112,12 +112,7 @@ void ListMbox(const std::string& file, const LoadOptions& options, Listing* list
     const fs::path path = PathFromUtf8(file);
     std::error_code error;
     total = fs::file_size(path, error);
-#ifdef _WIN32
-    in = _wfopen(path.c_str(), L"rb");
-#else
-    in = std::fopen(path.c_str(), "rb");
-#endif
-    if (in == nullptr) throw ToolError(kExitUnreadable, file + ": cannot open");
+    in = OpenForReading(path, file);
   }
   struct Closer {
     std::FILE* f;

@@ -8,19 +8,10 @@
 
 #include <filesystem>
 
-#include "tests/tools/json_value.h"
 #include "tests/tools/tool_runner.h"
 
 namespace pvtool::test {
 namespace {
-
-JsonValue Listing(const RunResult& r) {
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
-  return value;
-}
 
 std::string Message(const std::string& subject) { return "Subject: " + subject + "\r\n\r\nbody\r\n"; }
 
@@ -42,7 +33,7 @@ struct LinkedMaildir {
 TEST(ToolLsLinks, ALinkOutOfAMaildirIsNotRead) {
   LinkedMaildir m;
   const RunResult r = RunTool({"ls", "--json", m.dir / "maildir"});
-  const JsonValue v = Listing(r);
+  const JsonValue v = JsonOutput(r);
   ASSERT_EQ(v.size(), 2u);
   EXPECT_EQ(v[0]["path"].string(), m.dir / "maildir/cur/1");
   EXPECT_EQ(v[1]["path"].string(), m.dir / "maildir/new/2");
@@ -55,7 +46,7 @@ TEST(ToolLsLinks, ALinkOutOfAMaildirIsNotRead) {
 TEST(ToolLsLinks, FollowReadsALinkOutOfTheMaildir) {
   LinkedMaildir m;
   const RunResult r = RunTool({"ls", "--json", "--follow", m.dir / "maildir"});
-  const JsonValue v = Listing(r);
+  const JsonValue v = JsonOutput(r);
   ASSERT_EQ(v.size(), 3u);
   EXPECT_EQ(v[1]["path"].string(), m.dir / "maildir/cur/3");
   EXPECT_EQ(v[1]["subject"].string(), "outside");
@@ -69,9 +60,9 @@ TEST(ToolLsLinks, ALinkedFolderOutOfTheMaildirIsNotEntered) {
   dir.Write("elsewhere/1", Message("outside"));
   ASSERT_EQ(symlink((dir / "elsewhere").c_str(), (dir / "maildir/cur").c_str()), 0);
   const RunResult r = RunTool({"ls", "--json", dir / "maildir"});
-  EXPECT_EQ(Listing(r).size(), 0u);
+  EXPECT_EQ(JsonOutput(r).size(), 0u);
   EXPECT_NE(r.err.find("maildir/cur: a symbolic link out of the directory"), std::string::npos) << r.err;
-  EXPECT_EQ(Listing(RunTool({"ls", "--json", "--follow", dir / "maildir"})).size(), 1u);
+  EXPECT_EQ(JsonOutput(RunTool({"ls", "--json", "--follow", dir / "maildir"})).size(), 1u);
 }
 
 TEST(ToolLsLinks, ALinkOutOfAPlainDirectoryIsNotRead) {
@@ -80,7 +71,7 @@ TEST(ToolLsLinks, ALinkOutOfAPlainDirectoryIsNotRead) {
   const std::string outside = dir.Write("secret.eml", Message("outside"));
   dir.Write("messages/a.eml", Message("inside"));
   ASSERT_EQ(symlink(outside.c_str(), (dir / "messages/b.eml").c_str()), 0);
-  const JsonValue v = Listing(RunTool({"ls", "--json", dir / "messages"}));
+  const JsonValue v = JsonOutput(RunTool({"ls", "--json", dir / "messages"}));
   ASSERT_EQ(v.size(), 1u);
   EXPECT_EQ(v[0]["subject"].string(), "inside");
 }
@@ -91,7 +82,7 @@ TEST(ToolLsLinks, TheDirectoryGivenMayItselfBeALink) {
   dir.Write("real/cur/1", Message("inside"));
   ASSERT_EQ(symlink((dir / "real").c_str(), (dir / "alias").c_str()), 0);
   const RunResult r = RunTool({"ls", "--json", dir / "alias"});
-  EXPECT_EQ(Listing(r).size(), 1u);
+  EXPECT_EQ(JsonOutput(r).size(), 1u);
   EXPECT_EQ(r.err, "");
 }
 

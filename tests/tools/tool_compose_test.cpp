@@ -9,14 +9,7 @@
 namespace pvtool::test {
 namespace {
 
-JsonValue ShowJson(const std::string& file) {
-  const RunResult r = RunTool({"show", "--json", file});
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
-  return value;
-}
+JsonValue ShowJson(const std::string& file) { return JsonOutput(RunTool({"show", "--json", file})); }
 
 std::string WithoutTrailingLineBreaks(std::string text) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
