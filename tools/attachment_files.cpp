@@ -22,7 +22,8 @@ fs::path PrepareDirectory(const std::string& dir) {
 // of `dir` (SafeFileName guarantees it; this is the last line of defence).
 fs::path ChildOf(const fs::path& dir, const std::string& name) {
   const fs::path child = PathFromUtf8(name);
-  if (child.has_root_path() || child.has_parent_path() || child.filename() != child || name == "." || name == "..") {
+  if (child.has_root_path() || child.has_parent_path() || child.filename() != child || name == "." ||
+      name == "..") {
     throw ToolError(kExitWriteFailed, "refusing the unsafe file name " + name);
   }
   return dir / child;

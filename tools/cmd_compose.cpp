@@ -26,7 +26,9 @@ void RequireText(const char* option, std::string_view value) {
 void RequireOneLine(const char* option, std::string_view value) {
   RequireText(option, value);
   for (const char c : value) {
-    if (c == '\r' || c == '\n') Refuse(option, "holds a line break (CR or LF), which would end the header field");
+    if (c == '\r' || c == '\n') {
+      Refuse(option, "holds a line break (CR or LF), which would end the header field");
+    }
     const auto byte = static_cast<unsigned char>(c);
     if ((byte < 0x20 && c != '\t') || byte == 0x7F) Refuse(option, "holds a control character");
   }
@@ -36,7 +38,9 @@ void RequireAddress(const char* option, std::string_view address) {
   RequireOneLine(option, address);
   for (const char c : address) {
     if (c == ' ' || c == '\t') Refuse(option, "holds a blank in the address");
-    if (static_cast<unsigned char>(c) >= 0x80) Refuse(option, "holds non-ASCII text in the address, which a header cannot carry unencoded");
+    if (static_cast<unsigned char>(c) >= 0x80) {
+      Refuse(option, "holds non-ASCII text in the address, which a header cannot carry unencoded");
+    }
     if (std::strchr("<>\",;\\", c) != nullptr) {
       Refuse(option, std::string("holds \"") + c + "\" in the address, which would end it");
     }
@@ -72,7 +76,7 @@ ComposeRequest ReadComposeRequest(const ParsedArgs& parsed) {
     throw ToolError(kExitUsage, "compose: give either --text or --text-file, not both");
   }
   ComposeRequest r;
-  if (parsed.Has("from")) r.from = ReadAddresses(parsed, "from");
+  r.from = ReadAddresses(parsed, "from");
   r.to = ReadAddresses(parsed, "to");
   r.cc = ReadAddresses(parsed, "cc");
   r.subject = parsed.Get("subject");

@@ -139,7 +139,8 @@ class Indexer {
       : load_(load),
         pipeline_(
             threads, 2 * static_cast<size_t>(threads) + 2,
-            [this](IndexBatch& batch) { return Describe(batch); }, [this](IndexResult& result) { Emit(result); }) {
+            [this](IndexBatch& batch) { return Describe(batch); },
+            [this](IndexResult& result) { Emit(result); }) {
     if (!extract_dir.empty()) directory_.emplace(extract_dir, false);
   }
 

@@ -63,7 +63,8 @@ void SetSubject(IEMSMessageParser* message, const std::string& subject) {
   }
   Ref<IEMSMessageParameter> field;
   Check(message->CreateHeader(Bstr("Subject").get(), field.put()), "setting the subject");
-  Check(field->put_RawData(Bstr(EncodedWords(subject, std::strlen("Subject: "))).get()), "setting the subject");
+  const std::string encoded = EncodedWords(subject, std::strlen("Subject: "));
+  Check(field->put_RawData(Bstr(encoded).get()), "setting the subject");
 }
 
 void AddHeaderField(IEMSMessageParser* message, const std::string& text) {
@@ -112,7 +113,9 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
   Ref<IEMSMessageParameter> disposition;
   Check(part->FindHeader(Bstr("Content-Type").get(), type.put()), "reading the attachment's type");
   Check(part->FindHeader(Bstr("Content-Disposition").get(), disposition.put()), "reading the disposition");
-  if (!type || !disposition) throw ToolError(kExitLibraryFailed, "attaching a file: the library wrote no type");
+  if (!type || !disposition) {
+    throw ToolError(kExitLibraryFailed, "attaching a file: the library wrote no type");
+  }
   // The type as the library chose it: the field's value before its
   // parameters.
   Bstr raw;
@@ -120,10 +123,11 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
   const std::string raw_type = raw.utf8();
   const std::string content_type = UnfoldValue(raw_type.substr(0, raw_type.find(';')));
   type->RemoveAttribute(Bstr("name").get());
-  Check(type->put_UnfoldedData(Bstr(content_type + ";\r\n\tname=" + QuotedValue(name, 6)).get()),
-        "naming the attachment");
+  const std::string type_text = content_type + ";\r\n\tname=" + QuotedValue(name, std::strlen("\tname="));
+  Check(type->put_UnfoldedData(Bstr(type_text).get()), "naming the attachment");
   Ref<IEMSContentDisposition> state;
-  if (SUCCEEDED(disposition->QueryInterface(IID_IEMSContentDisposition, reinterpret_cast<void**>(state.put())))) {
+  if (SUCCEEDED(
+          disposition->QueryInterface(IID_IEMSContentDisposition, reinterpret_cast<void**>(state.put())))) {
     state->put_DispositionType(Bstr("attachment").get());
   }
   disposition->RemoveAttribute(Bstr("filename").get());
@@ -140,7 +144,8 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
 void MakeEmptyBody(IEMSMimePart* part) {
   Check(part->put_BodyObject(MakeData("\r\n\r\n").get()), "attaching an empty file");
   Ref<IEMSMessageParameter> encoding;
-  Check(part->CreateHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put()), "attaching an empty file");
+  Check(part->CreateHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put()),
+        "attaching an empty file");
   if (encoding) Check(encoding->put_RawData(Bstr("base64").get()), "attaching an empty file");
 }
 
@@ -171,7 +176,8 @@ void EnsureMimeVersion(IEMSMessageParser* message) {
 }  // namespace
 
 std::string BuildMessage(const ComposeRequest& r) {
-  Ref<IEMSMessageParser> message = CreateObject<IEMSMessageParser>(CLSID_EMSMessageParser, "creating a message");
+  Ref<IEMSMessageParser> message =
+      CreateObject<IEMSMessageParser>(CLSID_EMSMessageParser, "creating a message");
   IEMSMessageParser* m = message.get();
   // Every text the tool hands over is UTF-8; InitNew passes the page on to
   // the header list and the body pages.
