@@ -283,6 +283,33 @@ TEST(ComposeHostile, AddressesDatesAndHeaderValuesAreRefusedOrKeptWhole) {
   }
 }
 
+
+TEST(ComposeHostile, EncodedHeaderLinesStayShort) {
+  // Long values are folded into encoded words: the tool's lines stay within
+  // 78 characters, the library's folding of display names within 80. A
+  // file name short enough for one RFC 2231 line stays on it.
+  for (const std::string& value : HostileValues()) {
+    if (!IsUtf8WithoutNul(value)) continue;
+    SCOPED_TRACE(testing::PrintToString(value.substr(0, 80)));
+    const std::string bytes = ComposeWith(BaseArgs(value, value), value);
+    size_t start = 0;
+    bool in_header = true;
+    for (size_t end; (end = bytes.find("\r\n", start)) != std::string::npos; start = end + 2) {
+      std::string line = bytes.substr(start, end - start);
+      if (line.empty()) in_header = false;
+      if (line.compare(0, 2, "--") == 0) in_header = true;
+      if (!in_header) continue;
+      // The library writes the address after a display name's last word.
+      const size_t address = line.rfind("\" <");
+      const bool names = address != std::string::npos || line.compare(0, 5, "From:") == 0 ||
+                         line.compare(0, 3, "To:") == 0;
+      if (address != std::string::npos && line.back() == '>') line.erase(address + 1);
+      const size_t limit = line.compare(0, 11, "\tfilename*=") == 0 ? 998 : names ? 80 : 78;
+      ASSERT_LE(line.size(), limit) << line.substr(0, 100);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace pvtool
 
