@@ -46,6 +46,13 @@ TEST(HostValues, SubjectPutWritesALineBreakAsItStands) {
   EXPECT_TRUE(bcc);
 }
 
+TEST(HostValues, SubjectPutMakesTwoFieldsOfAnEmptyLine) {
+  Ref<IEMSMessageParser> message = NewMessage();
+  ASSERT_EQ(message->put_Subject(Bstr("one\r\n\r\ntwo").get()), S_OK);
+  EXPECT_NE(Assembled(message.get()).find("Subject: one\r\nSubject: two\r\n"), std::string::npos)
+      << Assembled(message.get());
+}
+
 TEST(HostValues, HeaderStringPutWritesALineBreakAsItStands) {
   Ref<IEMSMessageParser> message = NewMessage();
   ASSERT_EQ(message->put_HeaderString(Bstr("X-Note").get(), Bstr("a\r\nBcc: evil@example.net").get()), S_OK);
