@@ -2,8 +2,8 @@
 // and never over an existing file.
 #include <cstdio>
 
-#include "tools/commands.h"
 #include "tools/attachment_files.h"
+#include "tools/commands.h"
 #include "tools/exit_codes.h"
 #include "tools/file_io.h"
 #include "tools/json_writer.h"
