@@ -145,6 +145,20 @@ TEST(ToolIndex, ALinkOutOfTheDirectoryIsReadOnlyWithFollow) {
   EXPECT_EQ(followed[1]["subject"].string(), "outside");
 }
 
+TEST(ToolIndex, AFollowedLinkLoopIsEnteredOnce) {
+  TempDir dir;
+  std::filesystem::create_directories(dir / "archive/sub");
+  dir.Write("archive/sub/a.eml", "Subject: a\r\n\r\nx\r\n");
+  ASSERT_EQ(symlink("..", (dir / "archive/sub/up").c_str()), 0);
+  ASSERT_EQ(symlink(dir.path().c_str(), (dir / "archive/sub/top").c_str()), 0);
+  const std::vector<JsonValue> inside = JsonLines(RunTool({"index", dir / "archive"}));
+  EXPECT_EQ(inside.size(), 1u);
+  const RunResult followed = RunTool({"index", "--follow", dir / "archive"});
+  // The link to the top reaches the archive once more through its real
+  // path only: every directory is entered once.
+  EXPECT_EQ(JsonLines(followed).size(), 1u) << followed.out;
+}
+
 TEST(ToolIndex, ExtractWritesTheAttachmentsSafelyInOrder) {
   TempDir dir;
   const std::string mbox = dir.Write("m.mbox", GeneratedMbox(30));
