@@ -43,7 +43,7 @@ struct IndexBatch {
   std::vector<IndexTask> messages;
   size_t bytes = 0;
 };
-constexpr size_t kBatchMessages = 64;
+constexpr size_t kBatchMessages = 256;
 constexpr size_t kBatchBytes = 1 << 20;
 
 struct IndexResult {
