@@ -1,6 +1,5 @@
 // parcelvane ls: one line per message of an mbox file or a directory of
 // message files, in one pass over the mailbox.
-#include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <system_error>
@@ -11,6 +10,7 @@
 #include "tools/file_io.h"
 #include "tools/json_writer.h"
 #include "tools/mail_text.h"
+#include "tools/mailbox_walk.h"
 #include "tools/mbox_reader.h"
 #include "tools/utf.h"
 
@@ -112,12 +112,7 @@ void ListMbox(const std::string& file, const LoadOptions& options, Listing* list
     const fs::path path = PathFromUtf8(file);
     std::error_code error;
     total = fs::file_size(path, error);
-#ifdef _WIN32
-    in = _wfopen(path.c_str(), L"rb");
-#else
-    in = std::fopen(path.c_str(), "rb");
-#endif
-    if (in == nullptr) throw ToolError(kExitUnreadable, file + ": cannot open");
+    in = OpenForReading(path, file);
   }
   struct Closer {
     std::FILE* f;
@@ -144,35 +139,12 @@ void ListMbox(const std::string& file, const LoadOptions& options, Listing* list
   }
 }
 
-// The message files of a directory: cur/ then new/ for a maildir, else the
-// directory's own files; each in name order, hidden files left out.
-std::vector<fs::path> MessageFiles(const fs::path& dir) {
-  std::vector<fs::path> folders;
-  std::error_code error;
-  if (fs::is_directory(dir / "cur", error) || fs::is_directory(dir / "new", error)) {
-    folders = {dir / "cur", dir / "new"};
-  } else {
-    folders = {dir};
-  }
-  std::vector<fs::path> files;
-  for (const fs::path& folder : folders) {
-    std::vector<fs::path> found;
-    fs::directory_iterator it(folder, error), end;
-    if (error && folder == dir) throw ToolError(kExitUnreadable, PathToUtf8(dir) + ": " + error.message());
-    for (; !error && it != end; it.increment(error)) {
-      const std::string name = PathToUtf8(it->path().filename());
-      if (name.empty() || name[0] == '.') continue;
-      std::error_code type_error;
-      if (it->is_regular_file(type_error)) found.push_back(it->path());
-    }
-    std::sort(found.begin(), found.end());
-    files.insert(files.end(), found.begin(), found.end());
-  }
-  return files;
-}
-
-void ListDirectory(const fs::path& dir, const LoadOptions& options, Listing* listing) {
-  const std::vector<fs::path> files = MessageFiles(dir);
+void ListDirectory(const fs::path& dir, const LoadOptions& options, bool follow, Listing* listing) {
+  WalkOptions walk_options;
+  walk_options.follow = follow;
+  const WalkResult walk = MessageFiles(dir, walk_options);
+  ReportSkippedLinks(walk);
+  const std::vector<fs::path>& files = walk.files;
   ProgressBar progress(IsTerminal(stderr), files.size());
   uint64_t index = 0;
   for (const fs::path& file : files) {
@@ -194,14 +166,16 @@ void ListDirectory(const fs::path& dir, const LoadOptions& options, Listing* lis
 
 int RunLs(const Args& args) {
   ParsedArgs parsed;
-  if (!ParseCommand("ls", args, {{"json", '\0', false, false}}, true, &parsed)) return 0;
+  if (!ParseCommand("ls", args, {{"json", '\0', false, false}, {"follow", '\0', false, false}}, true, &parsed)) {
+    return 0;
+  }
   const std::string mailbox = SingleInput(parsed, "ls", "MAILBOX");
   const LoadOptions options = LoadOptionsOf(parsed);
   Listing listing(parsed.Has("json"), IsTerminal(stdout));
   std::error_code error;
   const fs::path path = PathFromUtf8(mailbox);
   if (mailbox != "-" && fs::is_directory(path, error)) {
-    ListDirectory(path, options, &listing);
+    ListDirectory(path, options, parsed.Has("follow"), &listing);
   } else {
     if (mailbox != "-" && !fs::exists(path, error)) throw ToolError(kExitUnreadable, mailbox + ": no such file");
     ListMbox(mailbox, options, &listing);

@@ -20,6 +20,7 @@ int RunHtml(const Args& args);
 int RunExtract(const Args& args);
 int RunCompose(const Args& args);
 int RunLs(const Args& args);
+int RunIndex(const Args& args);
 int RunRoundtrip(const Args& args);
 
 // ---------------------------------------------------------------- shared by the commands

@@ -70,9 +70,22 @@ void ProgressBar::Update(uint64_t done, uint64_t items) {
   const uint64_t shown = total_ == 0 ? 0 : (done > total_ ? total_ : done);
   const int filled = total_ == 0 ? 0 : static_cast<int>(shown * kWidth / total_);
   const int percent = total_ == 0 ? 0 : static_cast<int>(shown * 100 / total_);
+  // Messages per second so far, and the time left at the rate the input
+  // has been read.
+  const double seconds = std::chrono::duration<double>(now - start_).count();
+  const uint64_t rate = seconds > 0 ? static_cast<uint64_t>(items / seconds) : 0;
+  std::string left;
+  if (total_ != 0 && shown > 0 && shown < total_) {
+    const auto remaining = static_cast<uint64_t>(seconds * static_cast<double>(total_ - shown) / shown);
+    char text[32];
+    std::snprintf(text, sizeof text, "  %llu:%02llu left", static_cast<unsigned long long>(remaining / 60),
+                  static_cast<unsigned long long>(remaining % 60));
+    left = text;
+  }
   std::string bar = "\r[" + std::string(static_cast<size_t>(filled), '#') +
                     std::string(static_cast<size_t>(kWidth - filled), '.') + "] " + std::to_string(percent) +
-                    "%  " + std::to_string(items) + " messages ";
+                    "%  " + std::to_string(items) + " messages  " + std::to_string(rate) + " messages/s" + left +
+                    " ";
   std::fputs(bar.c_str(), stderr);
   std::fflush(stderr);
 }
@@ -80,7 +93,7 @@ void ProgressBar::Update(uint64_t done, uint64_t items) {
 void ProgressBar::Finish() {
   if (!drawn_) return;
   drawn_ = false;
-  std::fputs(("\r" + std::string(60, ' ') + "\r").c_str(), stderr);
+  std::fputs(("\r" + std::string(100, ' ') + "\r").c_str(), stderr);
   std::fflush(stderr);
 }
 

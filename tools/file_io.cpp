@@ -152,6 +152,16 @@ std::string ReadInput(const std::string& name) {
   return bytes;
 }
 
+std::FILE* OpenForReading(const fs::path& path, const std::string& name) {
+#ifdef _WIN32
+  std::FILE* in = _wfopen(path.c_str(), L"rb");
+#else
+  std::FILE* in = std::fopen(path.c_str(), "rb");
+#endif
+  if (in == nullptr) throw ToolError(kExitUnreadable, name + ": cannot open");
+  return in;
+}
+
 WriteResult WriteFileAtomically(const fs::path& target, std::string_view bytes, bool replace) {
   Handle handle = -1;
   const fs::path temporary = CreateTemporary(target, &handle);

@@ -21,6 +21,10 @@ std::string PathToUtf8(const fs::path& path);
 std::string ReadInput(const std::string& name);
 std::string ReadWholeFile(const fs::path& path);
 
+// A file opened for reading bytes; throws ToolError(kExitUnreadable)
+// naming `name` when it cannot be opened. The caller closes it.
+std::FILE* OpenForReading(const fs::path& path, const std::string& name);
+
 enum class WriteResult { kWritten, kTargetExists };
 
 // Writes `bytes` to `target` through a temporary file in the same

@@ -80,6 +80,12 @@ std::string Compose() {
          "Builds a message and writes it (CR LF line ends) to standard output or\n"
          "to OUT. Text is UTF-8 and is encoded as the message needs it: header\n"
          "text as encoded words, bodies and attachment names in UTF-8.\n"
+         "Text from the options is always data, never header syntax: display\n"
+         "names, the subject and file names are encoded whenever their plain form\n"
+         "would not read back the same (line breaks and quotes included), and an\n"
+         "address, --date or --header value holding a line break or another\n"
+         "control character is refused (exit 2), as is an address holding a\n"
+         "blank, non-ASCII text or one of < > \" , ; \\.\n"
          "\n"
          "  --from ADDR         sender, \"Name <address>\" or \"address\"\n"
          "  --to ADDR           recipient (repeatable)\n"
@@ -95,7 +101,7 @@ std::string Compose() {
 }
 
 std::string Ls() {
-  return "Usage: parcelvane ls [--json] [--no-crlf] MAILBOX\n"
+  return "Usage: parcelvane ls [--json] [--follow] [--no-crlf] MAILBOX\n"
          "\n"
          "One line per message of MAILBOX: index, date, sender, subject, size in\n"
          "bytes and number of attachments. MAILBOX is an mbox file (\"-\" for\n"
@@ -104,8 +110,39 @@ std::string Ls() {
          "a second shows a progress bar on standard error (the environment\n"
          "variable PARCELVANE_PROGRESS_DELAY_MS sets that delay).\n"
          "\n"
+         "A symbolic link out of the directory (cur/3 -> /etc/shadow) is not read:\n"
+         "it is reported on standard error and left out.\n"
+         "\n"
          "  --json      print the list as one JSON document\n"
+         "  --follow    read symbolic links out of the directory too\n"
          "  --no-crlf   do not turn bare LF line ends into CR LF\n";
+}
+
+std::string Index() {
+  return "Usage: parcelvane index [-j N] [--extract DIR] [--follow] [--no-crlf] MAILBOX...\n"
+         "\n"
+         "One JSON object per line (JSON Lines) for every message of the mbox files,\n"
+         "message files, maildirs and directories given (directories recursively;\n"
+         "a file whose first line starts with \"From \" is read as an mbox file, \"-\"\n"
+         "is an mbox file on standard input): source and byte offset, message_id,\n"
+         "date (ISO 8601 when it parses), from, to, cc and subject (decoded, groups\n"
+         "as written), attachments (name, content_type, size, sha256) and the first\n"
+         "200 characters of the text body (null when there is none). A message that\n"
+         "cannot be read gets source, offset and problem only.\n"
+         "\n"
+         "Messages are parsed on N threads and written in input order; mbox files\n"
+         "are streamed, so memory stays bounded whatever their size. Each file's\n"
+         "lines depend on that file only: to split a large archive across machines,\n"
+         "run one index per file or directory (with any job runner) and concatenate\n"
+         "the outputs in the same order. On a terminal a progress bar with messages\n"
+         "per second and the time left appears on standard error. A symbolic link\n"
+         "out of a directory is not read unless --follow is given.\n"
+         "\n"
+         "  -j, --jobs N     threads (default: the number of cores)\n"
+         "  --extract DIR    also write every attachment into DIR as extract does\n"
+         "                   (safe names, numbered when taken, never outside DIR)\n"
+         "  --follow         read symbolic links out of the directories too\n"
+         "  --no-crlf        do not turn bare LF line ends into CR LF\n";
 }
 
 std::string Roundtrip() {
@@ -134,6 +171,7 @@ std::string ToolHelp() {
              "  extract FILE     write the attachments to a directory, safely\n"
              "  compose          build a message from options\n"
              "  ls MAILBOX       one line per message of an mbox file or a maildir\n"
+             "  index MAILBOX... one JSON line per message, on every core\n"
              "  roundtrip FILE   parse and assemble again\n"
              "\n"
              "FILE may be \"-\" for standard input. \"parcelvane COMMAND --help\" shows\n"
@@ -154,6 +192,7 @@ std::string CommandHelp(std::string_view command) {
   else if (command == "extract") text = Extract();
   else if (command == "compose") text = Compose();
   else if (command == "ls") text = Ls();
+  else if (command == "index") text = Index();
   else if (command == "roundtrip") text = Roundtrip();
   else return std::string();
   if (command != "compose") text += std::string("\n") + kLineEnds;

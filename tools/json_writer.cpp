@@ -5,6 +5,7 @@
 namespace pvtool {
 
 void JsonWriter::NewLine() {
+  if (one_line_) return;
   out_.push_back('\n');
   out_.append(2 * has_items_.size(), ' ');
 }

@@ -12,6 +12,9 @@ namespace pvtool {
 
 class JsonWriter {
  public:
+  // `one_line`: no line breaks inside the document (JSON Lines).
+  explicit JsonWriter(bool one_line = false) : one_line_(one_line) {}
+
   void BeginObject() { Open('{'); }
   void EndObject() { Close('}'); }
   void BeginArray() { Open('['); }
@@ -44,6 +47,7 @@ class JsonWriter {
   std::string out_;
   std::vector<bool> has_items_;  // one entry per open object or array
   bool after_key_ = false;
+  bool one_line_ = false;
 };
 
 }  // namespace pvtool

@@ -60,13 +60,53 @@ std::vector<std::string_view> Tokens(std::string_view s) {
   return tokens;
 }
 
-// "10:52" or "10:52:37": hours and minutes.
-bool ParseTime(std::string_view token, int* hours, int* minutes) {
+// "10:52" or "10:52:37": hours, minutes and seconds (0 when absent).
+bool ParseTime(std::string_view token, int* hours, int* minutes, int* seconds) {
   if (token.size() < 5 || token[2] != ':') return false;
   if (!AllDigits(token.substr(0, 2)) || !AllDigits(token.substr(3, 2))) return false;
   *hours = ToInt(token.substr(0, 2));
   *minutes = ToInt(token.substr(3, 2));
-  return *hours < 24 && *minutes < 60;
+  *seconds = 0;
+  if (token.size() == 8 && token[5] == ':' && AllDigits(token.substr(6, 2))) *seconds = ToInt(token.substr(6, 2));
+  return *hours < 24 && *minutes < 60 && *seconds < 61;
+}
+
+// "+0200", "-0430", "GMT", "UT", "UTC" or "Z": minutes east of UTC.
+bool ParseZone(std::string_view token, int* minutes) {
+  if (token == "GMT" || token == "UT" || token == "UTC" || token == "Z") {
+    *minutes = 0;
+    return true;
+  }
+  if (token.size() != 5 || (token[0] != '+' && token[0] != '-') || !AllDigits(token.substr(1))) return false;
+  const int hours = ToInt(token.substr(1, 2)), mins = ToInt(token.substr(3, 2));
+  if (hours > 23 || mins > 59) return false;
+  *minutes = (token[0] == '-' ? -1 : 1) * (hours * 60 + mins);
+  return true;
+}
+
+struct DateFields {
+  int year = 0, month = 0, day = 0, hours = 0, minutes = 0, seconds = 0;
+  bool has_zone = false;
+  int zone_minutes = 0;
+};
+
+// "Tue, 1 Jul 2003 10:52:37 +0200", the weekday and the zone optional.
+bool ParseDate(const std::string& text, DateFields* d) {
+  std::vector<std::string_view> tokens = Tokens(text);
+  size_t t = 0;
+  if (t < tokens.size() && !tokens[t].empty() && std::isalpha(static_cast<unsigned char>(tokens[t][0]))) ++t;
+  if (tokens.size() < t + 4) return false;
+  const std::string_view day = tokens[t], month = tokens[t + 1], year = tokens[t + 2];
+  d->month = MonthNumber(month);
+  if (!AllDigits(day) || day.size() > 2 || d->month == 0 || !AllDigits(year) ||
+      (year.size() != 2 && year.size() != 4) || !ParseTime(tokens[t + 3], &d->hours, &d->minutes, &d->seconds)) {
+    return false;
+  }
+  d->day = ToInt(day);
+  d->year = ToInt(year);
+  if (year.size() == 2) d->year += d->year < 50 ? 2000 : 1900;
+  d->has_zone = tokens.size() > t + 4 && ParseZone(tokens[t + 4], &d->zone_minutes);
+  return true;
 }
 
 // ---------------------------------------------------------------- single-byte page
@@ -105,22 +145,25 @@ std::string UnfoldValue(std::string_view raw) {
 
 std::string ShortDate(std::string_view raw) {
   const std::string text = UnfoldValue(raw);
-  std::vector<std::string_view> tokens = Tokens(text);
-  size_t t = 0;
-  if (t < tokens.size() && !tokens[t].empty() && std::isalpha(static_cast<unsigned char>(tokens[t][0]))) ++t;
-  if (tokens.size() < t + 4) return text;
-  const std::string_view day = tokens[t], month = tokens[t + 1], year = tokens[t + 2];
-  int hours = 0, minutes = 0;
-  const int month_number = MonthNumber(month);
-  if (!AllDigits(day) || day.size() > 2 || month_number == 0 || !AllDigits(year) ||
-      (year.size() != 2 && year.size() != 4) || !ParseTime(tokens[t + 3], &hours, &minutes)) {
-    return text;
-  }
-  int year_number = ToInt(year);
-  if (year.size() == 2) year_number += year_number < 50 ? 2000 : 1900;
+  DateFields d;
+  if (!ParseDate(text, &d)) return text;
   char out[32];
-  std::snprintf(out, sizeof out, "%04d-%02d-%02d %02d:%02d", year_number, month_number, ToInt(day), hours,
-                minutes);
+  std::snprintf(out, sizeof out, "%04d-%02d-%02d %02d:%02d", d.year, d.month, d.day, d.hours, d.minutes);
+  return out;
+}
+
+std::string IsoDate(std::string_view raw) {
+  const std::string text = UnfoldValue(raw);
+  DateFields d;
+  if (!ParseDate(text, &d)) return text;
+  char out[40];
+  int n = std::snprintf(out, sizeof out, "%04d-%02d-%02dT%02d:%02d:%02d", d.year, d.month, d.day, d.hours,
+                        d.minutes, d.seconds);
+  if (d.has_zone) {
+    const int zone = d.zone_minutes < 0 ? -d.zone_minutes : d.zone_minutes;
+    std::snprintf(out + n, sizeof out - static_cast<size_t>(n), "%c%02d:%02d", d.zone_minutes < 0 ? '-' : '+',
+                  zone / 60, zone % 60);
+  }
   return out;
 }
 

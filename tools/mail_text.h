@@ -18,6 +18,12 @@ namespace pvtool {
 // returned unfolded and trimmed.
 std::string ShortDate(std::string_view raw);
 
+// "Tue, 1 Jul 2003 10:52:37 +0200" gives "2003-07-01T10:52:37+02:00" (ISO
+// 8601; without the offset when the zone is missing or a name other than
+// GMT, UT or UTC). Text that is not such a date is returned unfolded and
+// trimmed.
+std::string IsoDate(std::string_view raw);
+
 // The date of `seconds` since 1970 in UTC in the header form,
 // "Tue, 01 Jul 2003 08:52:37 +0000".
 std::string HeaderDate(int64_t seconds);

@@ -24,6 +24,7 @@ Runner FindCommand(const std::string& name) {
   static const Command kCommands[] = {
       {"show", RunShow},       {"headers", RunHeaders}, {"text", RunText},   {"html", RunHtml},
       {"extract", RunExtract}, {"compose", RunCompose}, {"ls", RunLs},       {"roundtrip", RunRoundtrip},
+      {"index", RunIndex},
   };
   for (const Command& command : kCommands) {
     if (name == command.name) return command.run;

@@ -124,4 +124,15 @@ std::string NumberedName(std::string_view name, unsigned number) {
   return std::string(name.substr(0, dot)) + suffix + std::string(name.substr(dot));
 }
 
+std::string RunNames::Next(const std::string& name, unsigned* number) {
+  unsigned& next = next_number_[name];
+  for (;;) {
+    const unsigned current = next++;
+    std::string candidate = current == 0 ? name : NumberedName(name, current);
+    if (used_.count(candidate) != 0) continue;
+    if (number != nullptr) *number = current;
+    return candidate;
+  }
+}
+
 }  // namespace pvtool

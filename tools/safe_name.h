@@ -7,6 +7,8 @@
 
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 
 namespace pvtool {
 
@@ -31,6 +33,24 @@ std::string SafeFileName(std::string_view name);
 // "report.pdf" with number 2 gives "report-2.pdf"; "README" gives
 // "README-2".
 std::string NumberedName(std::string_view name, unsigned number);
+
+// The file names of one extraction run. The candidates for a name are the
+// name itself, then NumberedName(name, 1), 2, ...; every call hands out
+// the next candidate that the run has not used, resuming where the last
+// call for that name stopped. So n attachments of one name cost n
+// candidates in all, not n * n / 2, however many share it.
+class RunNames {
+ public:
+  // The next candidate for `name`; `number` (optional) receives its
+  // number, 0 for the name itself.
+  std::string Next(const std::string& name, unsigned* number = nullptr);
+  // Records a name as taken by this run (written under it).
+  void MarkUsed(const std::string& name) { used_.insert(name); }
+
+ private:
+  std::unordered_set<std::string> used_;
+  std::unordered_map<std::string, unsigned> next_number_;
+};
 
 }  // namespace pvtool
 

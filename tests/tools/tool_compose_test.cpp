@@ -9,14 +9,7 @@
 namespace pvtool::test {
 namespace {
 
-JsonValue ShowJson(const std::string& file) {
-  const RunResult r = RunTool({"show", "--json", file});
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
-  return value;
-}
+JsonValue ShowJson(const std::string& file) { return JsonOutput(RunTool({"show", "--json", file})); }
 
 std::string WithoutTrailingLineBreaks(std::string text) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
@@ -132,6 +125,81 @@ TEST(ToolCompose, OutputReplacesAnOlderFileWhole) {
   const std::string written = ReadFile(dir / "out.eml");
   EXPECT_EQ(written.find('~'), std::string::npos);
   EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{"out.eml"});
+}
+
+
+TEST(ToolCompose, ALineBreakInAnAddressIsAUsageErrorNamingTheOption) {
+  const RunResult to = RunTool({"compose", "--to", "c@d\r\nBcc: evil@example.net", "--text", "x"});
+  EXPECT_EQ(to.exit_code, 2);
+  EXPECT_EQ(to.out, "");
+  EXPECT_EQ(to.err, "parcelvane: compose: --to holds a line break (CR or LF), which would end the header field\n");
+  const RunResult header = RunTool({"compose", "--header", "X-Note: a\nBcc: evil@example.net"});
+  EXPECT_EQ(header.exit_code, 2);
+  EXPECT_NE(header.err.find("--header"), std::string::npos) << header.err;
+  EXPECT_EQ(RunTool({"compose", "--from", "a@b\rBcc: x"}).exit_code, 2);
+  EXPECT_EQ(RunTool({"compose", "--cc", "Ann <a\"@b>"}).exit_code, 2);
+  EXPECT_EQ(RunTool({"compose", "--date", "today\r\nBcc: x"}).exit_code, 2);
+}
+
+TEST(ToolCompose, ALineBreakInTheSubjectIsDataNotAField) {
+  TempDir dir;
+  const std::string subject = "Hi\r\nBcc: evil@example.net";
+  ASSERT_EQ(RunTool({"compose", "--subject", subject, "--text", "x", "-o", dir / "out.eml"}).exit_code, 0);
+  const std::string message = ReadFile(dir / "out.eml");
+  EXPECT_EQ(message.find("Bcc"), std::string::npos);
+  EXPECT_NE(message.find("Subject: =?utf-8?B?SGkNCkJjYzogZXZpbEBleGFtcGxlLm5ldA==?=\r\n"), std::string::npos);
+  EXPECT_EQ(ShowJson(dir / "out.eml")["subject"].string(), subject);
+}
+
+TEST(ToolCompose, AQuoteInAFileNameStaysInTheName) {
+  TempDir dir;
+  const std::string name = "x.txt\"; name=\"evil.exe";
+  const std::string attachment = dir.Write(name, "abc");
+  ASSERT_EQ(RunTool({"compose", "--attach", attachment, "-o", dir / "out.eml"}).exit_code, 0);
+  const std::string message = ReadFile(dir / "out.eml");
+  EXPECT_EQ(message.find("name=\"evil.exe\""), std::string::npos);
+  EXPECT_NE(message.find("\tfilename*=utf-8''x.txt%22%3B%20name%3D%22evil.exe\r\n"), std::string::npos);
+  const JsonValue v = ShowJson(dir / "out.eml");
+  ASSERT_EQ(v["attachments"].size(), 1u);
+  EXPECT_EQ(v["attachments"][0]["name"].string(), name);
+  EXPECT_EQ(v["attachments"][0]["size"].number(), 3);
+}
+
+TEST(ToolCompose, ALineBreakInAFileNameAddsNoFieldAndNoPart) {
+  TempDir dir;
+  // A file name cannot hold "/": "%" stands in the type's place.
+  const std::string name = "a\r\nContent-Type: text%html\r\n\r\n<b>.txt";
+  const std::string attachment = dir.Write(name, "abc");
+  ASSERT_EQ(RunTool({"compose", "--text", "x", "--attach", attachment, "-o", dir / "out.eml"}).exit_code, 0);
+  const JsonValue v = ShowJson(dir / "out.eml");
+  ASSERT_EQ(v["parts"].size(), 3u);
+  ASSERT_EQ(v["attachments"].size(), 1u);
+  EXPECT_EQ(v["attachments"][0]["name"].string(), name);
+  EXPECT_EQ(v["attachments"][0]["content_type"].string(), "text/plain");
+  EXPECT_EQ(ReadFile(dir / "out.eml").find("Content-Type: text%html"), std::string::npos);
+}
+
+TEST(ToolCompose, AnEmptyFileAttachesAsAnEmptyPart) {
+  for (const bool last : {true, false}) {
+    TempDir dir;
+    const std::string empty = dir.Write("empty.dat", "");
+    const std::string other = dir.Write("other.txt", "other");
+    std::vector<std::string> args = {"compose", "--text", "x"};
+    for (const std::string& file : last ? std::vector<std::string>{other, empty} : std::vector<std::string>{empty, other}) {
+      args.push_back("--attach");
+      args.push_back(file);
+    }
+    args.insert(args.end(), {"-o", dir / "out.eml"});
+    const RunResult r = RunTool(args);
+    ASSERT_EQ(r.exit_code, 0) << r.err;
+    const JsonValue v = ShowJson(dir / "out.eml");
+    ASSERT_EQ(v["attachments"].size(), 2u) << "empty part last: " << last;
+    const std::string out = dir / "extracted";
+    ASSERT_EQ(RunTool({"extract", "-d", out, dir / "out.eml"}).exit_code, 0);
+    EXPECT_EQ(ListDir(out), (std::vector<std::string>{"empty.dat", "other.txt"}));
+    EXPECT_EQ(ReadFile(out + "/empty.dat"), "");
+    EXPECT_EQ(ReadFile(out + "/other.txt"), "other");
+  }
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/tools/json_value.h"
+
 namespace pvtool::test {
 
 struct RunResult {
@@ -34,6 +36,9 @@ inline RunOptions InDir(std::string cwd) {
 }
 
 RunResult RunTool(const std::vector<std::string>& args, const RunOptions& options = RunOptions());
+
+// The one JSON document a successful run printed; test failures otherwise.
+JsonValue JsonOutput(const RunResult& r);
 
 // Runs the command with standard error on a pseudo-terminal (so that it
 // sees a terminal there) and standard output in a file; `err` holds what

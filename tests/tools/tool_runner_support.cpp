@@ -1,5 +1,7 @@
 #include "tests/tools/tool_runner.h"
 
+#include <gtest/gtest.h>
+
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
@@ -86,6 +88,14 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
   if (options.stdout_path.empty()) result.out = ReadFile(out_path);
   result.err = ReadFile(err_path);
   return result;
+}
+
+JsonValue JsonOutput(const RunResult& r) {
+  JsonValue value;
+  std::string error;
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
+  return value;
 }
 
 RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args, const std::string& environment) {
