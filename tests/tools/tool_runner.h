@@ -20,6 +20,7 @@ struct RunOptions {
   std::string stdin_bytes;
   std::string cwd;             // "" for the test's own directory
   std::string stdout_path;     // "" to capture; a path to send standard output there
+  size_t stack_bytes = 0;      // the child's stack limit; 0 leaves it as it is
 };
 
 inline RunOptions WithStdin(std::string bytes) {

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -76,6 +77,10 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
     if (in < 0 || out < 0 || err < 0) _exit(127);
     dup2(in, 0), dup2(out, 1), dup2(err, 2);
     if (!options.cwd.empty() && chdir(options.cwd.c_str()) != 0) _exit(127);
+    if (options.stack_bytes != 0) {
+      const rlimit stack = {options.stack_bytes, options.stack_bytes};
+      if (setrlimit(RLIMIT_STACK, &stack) != 0) _exit(127);
+    }
     execv(argv[0], argv.data());
     _exit(127);
   }
