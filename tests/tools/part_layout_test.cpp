@@ -22,9 +22,12 @@ TEST(LayOutParts, FindsEveryMultipartOfAClosedTree) {
     EXPECT_FALSE(region.unclosed);
   }
   EXPECT_EQ(regions[0].body_size, root_body.size());
-  EXPECT_EQ(regions[1].body_size, inner_body.size());  // the line break before "--a" is the delimiter's
-  EXPECT_EQ(regions[2].body_size, 3u);                 // "one"
-  EXPECT_EQ(regions[4].body_size, 5u);                 // "three"
+  // A part keeps the line break before an ordinary delimiter, not the one
+  // before the closing delimiter.
+  EXPECT_EQ(regions[1].body_size, inner_body.size() + 2);
+  EXPECT_EQ(regions[2].body_size, 5u);  // "one\r\n"
+  EXPECT_EQ(regions[3].body_size, 3u);  // "two"
+  EXPECT_EQ(regions[4].body_size, 5u);  // "three"
 }
 
 TEST(LayOutParts, AMultipartWithNoClosingDelimiterSaysHowMuchIsNotShown) {
@@ -35,15 +38,25 @@ TEST(LayOutParts, AMultipartWithNoClosingDelimiterSaysHowMuchIsNotShown) {
   EXPECT_TRUE(regions[0].unclosed);
   EXPECT_EQ(regions[0].unshown, last.size());
   EXPECT_TRUE(regions[1].known);
-  EXPECT_EQ(regions[1].body_size, 5u);
+  EXPECT_EQ(regions[1].body_size, 7u);  // "first\r\n"
   EXPECT_FALSE(regions[1].unclosed);
 }
 
-TEST(LayOutParts, BlanksAfterABoundaryMakeNoDelimiter) {
-  const std::string message = kHeader + "--a\r\n\r\nfirst\r\n--a-- \r\n";
-  const std::vector<PartRegion> regions = LayOutParts(message, {{0, "a"}});
-  EXPECT_TRUE(regions[0].unclosed);
-  EXPECT_EQ(regions[0].unshown, std::string("\r\nfirst\r\n--a-- \r\n").size());
+TEST(LayOutParts, BlanksAfterABoundaryMakeNoDelimiterButMayFollowAClosingOne) {
+  const std::string first = "\r\nfirst\r\n--a \r\n\r\nstill first";
+  const std::string message = kHeader + "--a\r\n" + first + "\r\n--a--  trailing\r\n";
+  const std::vector<PartRegion> regions = LayOutParts(message, {{1, "a"}, {0, ""}});
+  EXPECT_FALSE(regions[0].unclosed);
+  EXPECT_TRUE(regions[1].known);
+  EXPECT_EQ(regions[1].body_size, first.size() - 2);  // after the blank line that ends its (empty) header
+}
+
+TEST(LayOutParts, AnEmptyPartBeforeTheClosingDelimiterIsNoPart) {
+  const std::string message = kHeader + "--a\r\n\r\none\r\n--a\r\n--a--\r\n";
+  const std::vector<PartRegion> regions = LayOutParts(message, {{1, "a"}, {0, ""}});
+  EXPECT_FALSE(regions[0].unclosed);
+  EXPECT_TRUE(regions[1].known);
+  EXPECT_EQ(regions[1].body_size, 5u);  // "one" and the line break before the next delimiter
 }
 
 TEST(LayOutParts, PartsAreUnknownWhenTheLibrarySplitADifferentNumberOfParts) {
