@@ -155,7 +155,9 @@ bool MessageView::IsMime() const { return message_->IsMimeMessage() == S_OK; }
 std::string MessageView::Subject() const {
   Bstr subject;
   message_->get_Subject(subject.put());
-  return DisplayText(subject);
+  // The library joins repeated fields; a reader shows the first, as other
+  // mail readers do (`headers` lists them all).
+  return SplitOccurrences(DisplayText(subject)).front();
 }
 
 std::string MessageView::DecodedField(const char* name) const {

@@ -81,7 +81,7 @@ class MessageView {
   IEMSMessageParser* get() const { return message_.get(); }
 
   bool IsMime() const;
-  std::string Subject() const;
+  std::string Subject() const;  // the first Subject field, decoded
   // A header field of the message's own list, decoded ("" when absent);
   // several occurrences are joined with ", ".
   std::string DecodedField(const char* name) const;

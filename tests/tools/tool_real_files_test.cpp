@@ -56,6 +56,12 @@ TEST(ToolRealFiles, HelpSaysWhatIsSkipped) {
   EXPECT_NE(RunTool({"--help"}).out.find("blank lines"), std::string::npos);
 }
 
+TEST(ToolRealFiles, ARepeatedSubjectShowsItsFirstField) {
+  const std::string twice = "From: a@b\r\nSubject: Testing outlook\r\nSubject: Another PDF\r\n\r\nbody\r\n";
+  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin(twice)))["subject"].string(), "Testing outlook");
+  EXPECT_NE(RunTool({"headers", "-"}, WithStdin(twice)).out.find("Another PDF"), std::string::npos);
+}
+
 // ---------------------------------------------------------------- address groups
 const std::string kGroups =
     "From: Team: Ann <ann@example.com>, bob@example.com;\r\n"
