@@ -86,6 +86,15 @@ int SingleByteOf(char16_t c) {
   return -1;
 }
 
+// Whether the text before a colon can name a group: a phrase, so no "@"
+// (an obsolete route "@a:b@c") and no encoded word left open ("=?utf-8?q?
+// at 10:08" is text that happens to hold a colon).
+bool IsGroupName(std::string_view text) {
+  if (text.find('@') != std::string_view::npos) return false;
+  const size_t open = text.rfind("=?");
+  return open == std::string_view::npos || text.find("?=", open + 2) != std::string_view::npos;
+}
+
 }  // namespace
 
 std::string UnfoldValue(std::string_view raw) {
@@ -197,7 +206,7 @@ std::vector<AddressPieces> SplitAddressList(std::string_view value) {
       comments = 1;
     } else if (c == '<') {
       angle = true;
-    } else if (c == ':' && !in_group) {
+    } else if (c == ':' && !in_group && IsGroupName(value.substr(start, i - start))) {
       AddressPieces group;
       group.group = true;
       group.group_name = std::string(Trim(value.substr(start, i - start)));

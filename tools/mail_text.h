@@ -40,7 +40,9 @@ struct AddressPieces {
 
 // The entries of an address field value, split at the commas and
 // semicolons that stand outside quoted strings, angle brackets and
-// comments; a colon there opens a group, which the next semicolon closes.
+// comments; a colon there opens a group, which the next semicolon closes,
+// when the text before it can be a group's name (no "@", no encoded word
+// left open).
 // Blanks around each piece are trimmed and empty pieces dropped.
 // "Joe <j@x>, \"Ann, B.\" <a@y>" gives the mailboxes "Joe <j@x>" and
 // "\"Ann, B.\" <a@y>"; "Team: a@x, b@y;" one group of two members.

@@ -78,6 +78,12 @@ TEST(SplitAddressList, AColonOpensAGroupThatASemicolonCloses) {
   EXPECT_EQ(Entries("Team: a@x, b@y"), (std::vector<std::string>{"g:Team[a@x|b@y]"}));
 }
 
+TEST(SplitAddressList, AColonAfterARouteOrInsideAnEncodedWordOpensNoGroup) {
+  EXPECT_EQ(Entries("@develop:nsb@example.com, =?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"),
+            (std::vector<std::string>{"m:@develop:nsb@example.com", "m:=?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"}));
+  EXPECT_EQ(Entries("=?utf-8?q?Gruppe?=: a@x;"), (std::vector<std::string>{"g:=?utf-8?q?Gruppe?=[a@x]"}));
+}
+
 TEST(SplitAddressList, AColonInQuotesAnglesOrCommentsOpensNoGroup) {
   EXPECT_EQ(Entries("\"Re: Bob\" <b@x>, <@route:c@y>, d@z (note: hi)"),
             (std::vector<std::string>{"m:\"Re: Bob\" <b@x>", "m:<@route:c@y>", "m:d@z (note: hi)"}));
