@@ -13,14 +13,6 @@
 namespace pvtool::test {
 namespace {
 
-JsonValue JsonOf(const RunResult& r) {
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
-  return value;
-}
-
 const std::string kPlain = "From: Carol <carol@example.com>\r\nSubject: Lunch\r\n\r\nSee you.\r\n";
 
 // ---------------------------------------------------------------- leading blank lines

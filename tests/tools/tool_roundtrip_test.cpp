@@ -19,10 +19,7 @@ TEST(ToolRoundtrip, APlainMessageComesBackWithCrLfLineEnds) {
 // The show --json output without the sizes of multiparts: those count the
 // bytes as they stand, preamble included, which assembly does not keep.
 std::string ShowWithoutContainerSizes(const std::string& file) {
-  const RunResult r = RunTool({"show", "--json", file});
-  JsonValue v;
-  std::string error;
-  EXPECT_TRUE(ParseJson(r.out, &v, &error)) << error;
+  const JsonValue v = JsonOf(RunTool({"show", "--json", file}));
   std::string text = v["subject"].string() + "\n";
   for (const JsonValue& part : v["parts"].array()) {
     text += std::to_string(part["depth"].number()) + " " + part["content_type"].string() + " " +

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/tools/json_value.h"
+
 namespace pvtool::test {
 
 struct RunResult {
@@ -58,6 +60,10 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// The JSON document a run printed; a test failure when the run failed or
+// printed anything else.
+JsonValue JsonOf(const RunResult& r);
 
 std::string ReadFile(const std::string& path);
 // The names in a directory, sorted.

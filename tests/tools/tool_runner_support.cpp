@@ -7,6 +7,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -39,6 +41,14 @@ std::string TempDir::Write(const std::string& name, const std::string& bytes) co
   const std::string path = *this / name;
   std::ofstream(path, std::ios::binary) << bytes;
   return path;
+}
+
+JsonValue JsonOf(const RunResult& r) {
+  JsonValue value;
+  std::string error;
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
+  return value;
 }
 
 std::string ReadFile(const std::string& path) {
