@@ -18,9 +18,9 @@ const std::string kPlain = "From: Carol <carol@example.com>\r\nSubject: Lunch\r\
 // ---------------------------------------------------------------- leading blank lines
 TEST(ToolRealFiles, BlankLinesBeforeTheHeaderAreSkipped) {
   const std::string expected = RunTool({"show", "--json", "-"}, WithStdin(kPlain)).out;
-  for (const std::string& opening : {"\r\n", "\n\n", " \t\r\n\r\n   \n", "\xEF\xBB\xBF\r\n",
-                                     "From carol@example.com Wed Jul  2 2025\r\n\r\n  \r\n"}) {
-    const RunResult r = RunTool({"show", "--json", "-"}, WithStdin(opening + kPlain));
+  for (const char* opening :
+       {"\r\n", "\n\n", " \t\r\n\r\n   \n", "\xEF\xBB\xBF\r\n", "From carol@example.com Wed Jul  2 2025\r\n\r\n  \r\n"}) {
+    const RunResult r = RunTool({"show", "--json", "-"}, WithStdin(std::string(opening) + kPlain));
     EXPECT_EQ(r.exit_code, 0) << r.err;
     EXPECT_EQ(r.out, expected);
   }
