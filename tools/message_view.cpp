@@ -345,8 +345,10 @@ bool HasGroup(const std::vector<AddressInfo>& entries) {
 
 std::string AddressText(const std::vector<AddressInfo>& entries) {
   std::string text;
+  bool closed = false;  // the last entry ended with the ";" of its group
   for (const AddressInfo& entry : entries) {
-    if (!text.empty()) text += ", ";
+    if (!text.empty()) text += closed ? " " : ", ";
+    closed = entry.group && !entry.mailboxes.empty();
     std::string members;
     for (const MailboxInfo& mailbox : entry.mailboxes) {
       if (!members.empty()) members += ", ";

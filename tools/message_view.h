@@ -135,7 +135,8 @@ bool IsAttachment(const PartInfo& part, bool flagged, bool has_file_name);
 std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts);
 
 // "Name <address>", or the address alone; a group as "Team: a, b;" and an
-// empty group as its name alone; entries joined by ", ".
+// empty group as its name alone; entries joined by ", " (by " " after the
+// ";" of a group).
 std::string AddressText(const std::vector<AddressInfo>& entries);
 bool HasGroup(const std::vector<AddressInfo>& entries);
 

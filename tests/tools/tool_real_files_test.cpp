@@ -64,7 +64,7 @@ TEST(ToolRealFiles, ShowPrintsAGroupAsItsNameAndItsMembers) {
   const RunResult r = RunTool({"show", "-"}, WithStdin(kGroups));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("From:    Team: Ann <ann@example.com>, bob@example.com;\n"), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("To:      A Group: Chris Jones <c@example.org>, d@example.org;, undisclosed-recipients, "
+  EXPECT_NE(r.out.find("To:      A Group: Chris Jones <c@example.org>, d@example.org; undisclosed-recipients, "
                        "e@example.net\n"),
             std::string::npos)
       << r.out;
