@@ -1,6 +1,6 @@
 // The command's own text handling on any input: line ends, UTF-8 and
 // UTF-16, safe file names, dates, addresses, the message check and the
-// layout of multiparts.
+// layout of multiparts, alone and on the library's tree of the input.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -9,7 +9,9 @@
 
 #include "tools/json_writer.h"
 #include "tools/line_ends.h"
+#include "tools/exit_codes.h"
 #include "tools/mail_text.h"
+#include "tools/message_view.h"
 #include "tools/part_layout.h"
 #include "tools/safe_name.h"
 #include "tools/utf.h"
@@ -45,6 +47,23 @@ void CheckLayout(const std::string& input) {
   }
 }
 
+// The input read as the command reads a message: the part tree, its
+// layout in the bytes and the warnings, on the library's own tree.
+void CheckMessage(const std::string& input) {
+  try {
+    const std::string prepared = pvtool::PrepareMessageBytes(input, pvtool::LoadOptions(), "input");
+    pvtool::Ref<IEMSMessageParser> parsed = pvtool::ParseMessage(prepared);
+    const pvtool::MessageView message(std::move(parsed), prepared);
+    const pvtool::PartTree tree = message.Tree(false);
+    for (const pvtool::PartInfo& part : tree.parts) Require(!part.unclosed || part.unshown <= prepared.size());
+    pvtool::StructureWarnings(tree.parts);
+    pvtool::AddressText(message.Addresses("To"));
+    message.Sender();
+  } catch (const pvtool::ToolError&) {
+    // Not a message, or the library refused it: the command says so.
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -72,6 +91,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   pvtool::NotAMessageReason(input);
   Require(pvtool::LeadingBlankBytes(input) <= input.size());
   CheckLayout(input);
+  CheckMessage(input);
 
   pvtool::JsonWriter json;
   json.BeginArray();
