@@ -55,8 +55,9 @@ bool StartsWithContent(const std::string& name) {
 }
 
 // Whether a header field of `part` has a parameter named `name`, and its
-// decoded value. Names compare case-sensitively, as in the library.
-bool FindParameter(IEMSMimePart* part, const char* field_name, std::string_view name, std::string* value) {
+// decoded (or `raw`) value. Names compare case-sensitively, as in the library.
+bool FindParameter(IEMSMimePart* part, const char* field_name, std::string_view name, std::string* value,
+                   bool raw = false) {
   Ref<IEMSMessageParameter> field;
   if (FAILED(part->FindHeader(Bstr(field_name).get(), field.put())) || !field) return false;
   Ref<IEMSMimeAttributes> attributes;
@@ -65,12 +66,16 @@ bool FindParameter(IEMSMimePart* part, const char* field_name, std::string_view 
   attributes->get_AttributesCount(&count);
   for (LONG i = 0; i < count; ++i) {
     Ref<IEMSMimeAttribute> attribute;
-    Bstr attribute_name, decoded;
+    Bstr attribute_name, text;
     if (FAILED(attributes->get_Attribute(i, attribute.put())) || !attribute) continue;
     attribute->get_Name(attribute_name.put());
     if (attribute_name.utf8() != name) continue;
-    attribute->get_DecodedValue(decoded.put());
-    *value = decoded.utf8();
+    if (raw) {
+      attribute->get_RawValue(text.put());
+    } else {
+      attribute->get_DecodedValue(text.put());
+    }
+    *value = text.utf8();
     return true;
   }
   return false;
@@ -273,7 +278,8 @@ PartTree MessageView::Tree(bool decoded_sizes) const {
     const PartInfo& info = tree.parts.back();
     LayoutPart shape{info.children, std::string()};
     if (info.content_type.compare(0, 10, "multipart/") == 0) {
-      FindParameter(part.get(), "Content-Type", "boundary", &shape.boundary);
+      // The library splits at the raw value, still folded or RFC 2231 coded.
+      FindParameter(part.get(), "Content-Type", "boundary", &shape.boundary, true);
     }
     layout.push_back(std::move(shape));
     if (info.attachment) tree.attachments.push_back({info.name, info.content_type, part});

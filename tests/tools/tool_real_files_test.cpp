@@ -174,6 +174,18 @@ TEST(ToolRealFiles, ExtractAndLsSayItToo) {
   EXPECT_EQ(RunTool({"show", "-"}, WithStdin(kMixed)).err, "");
 }
 
+TEST(ToolRealFiles, AMultipartTheLibraryDoesNotSplitGetsNoWarning) {
+  // The library splits at the raw boundary value, here still RFC 2231 coded,
+  // so it finds no delimiter and keeps the body whole: nothing is dropped.
+  const std::string coded = "From: a@b\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary*=us-ascii''XX\r\n\r\n"
+                            "--XX\r\n\r\none\r\n--XX\r\n\r\ntwo\r\n";
+  const RunResult r = RunTool({"show", "--json", "-"}, WithStdin(coded));
+  EXPECT_EQ(r.err, "");
+  const JsonValue v = JsonOf(r);
+  EXPECT_EQ(v["parts"].size(), 1u);
+  EXPECT_EQ(v["warnings"].size(), 0u);
+}
+
 // ---------------------------------------------------------------- deep trees
 std::string Nested(int depth) {
   std::string message = "From: a@b\r\nSubject: deep\r\n";
