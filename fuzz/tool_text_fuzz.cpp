@@ -1,13 +1,18 @@
 // The command's own text handling on any input: line ends, UTF-8 and
-// UTF-16, safe file names, dates, addresses and the message check.
+// UTF-16, safe file names, dates, addresses, the message check and the
+// layout of multiparts, alone and on the library's tree of the input.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 #include "tools/json_writer.h"
 #include "tools/line_ends.h"
+#include "tools/exit_codes.h"
 #include "tools/mail_text.h"
+#include "tools/message_view.h"
+#include "tools/part_layout.h"
 #include "tools/safe_name.h"
 #include "tools/utf.h"
 
@@ -24,6 +29,39 @@ void CheckSafeName(const std::string& input) {
   Require(pvtool::IsValidUtf8(name));
   for (unsigned char c : name) Require(c >= 0x20 && c != 0x7F && c != '/' && c != '\\' && c != ':');
   Require(pvtool::SafeFileName(name) == name);
+}
+
+// A tree of up to eight parts whose shape comes from the first bytes
+// (children counts need not add up), laid out over the whole input.
+void CheckLayout(const std::string& input) {
+  std::vector<pvtool::LayoutPart> parts;
+  for (size_t i = 0; i < input.size() && i < 8; ++i) {
+    const unsigned char c = static_cast<unsigned char>(input[i]);
+    parts.push_back({c % 4, (c & 4) != 0 ? std::string(1 + c / 64, static_cast<char>('a' + i % 3)) : std::string()});
+  }
+  const std::vector<pvtool::PartRegion> regions = pvtool::LayOutParts(input, parts);
+  Require(regions.size() == parts.size());
+  for (const pvtool::PartRegion& region : regions) {
+    Require(region.body_size <= input.size() && region.unshown <= input.size());
+    Require(region.known || (region.body_size == 0 && !region.unclosed));
+  }
+}
+
+// The input read as the command reads a message: the part tree, its
+// layout in the bytes and the warnings, on the library's own tree.
+void CheckMessage(const std::string& input) {
+  try {
+    const std::string prepared = pvtool::PrepareMessageBytes(input, pvtool::LoadOptions(), "input");
+    pvtool::Ref<IEMSMessageParser> parsed = pvtool::ParseMessage(prepared);
+    const pvtool::MessageView message(std::move(parsed), prepared);
+    const pvtool::PartTree tree = message.Tree(false);
+    for (const pvtool::PartInfo& part : tree.parts) Require(!part.unclosed || part.unshown <= prepared.size());
+    pvtool::StructureWarnings(tree.parts);
+    pvtool::AddressText(message.Addresses("To"));
+    message.Sender();
+  } catch (const pvtool::ToolError&) {
+    // Not a message, or the library refused it: the command says so.
+  }
 }
 
 }  // namespace
@@ -47,7 +85,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   CheckSafeName(input);
   pvtool::ShortDate(input);
   pvtool::SplitAddress(input);
+  for (const pvtool::AddressPieces& entry : pvtool::SplitAddressList(input)) {
+    Require(entry.group || entry.members.size() == 1);
+  }
   pvtool::NotAMessageReason(input);
+  Require(pvtool::LeadingBlankBytes(input) <= input.size());
+  CheckLayout(input);
+  CheckMessage(input);
 
   pvtool::JsonWriter json;
   json.BeginArray();

@@ -47,7 +47,9 @@ int RunExtract(const Args& args) {
   if (!ParseCommand("extract", args, options, true, &parsed)) return 0;
   const std::string file = SingleInput(parsed, "extract");
   const MessageView message = LoadMessage(file, LoadOptionsOf(parsed));
-  const std::vector<AttachmentInfo> attachments = message.Attachments();
+  const PartTree tree = message.Tree(false);
+  PrintWarnings(SourceName(file), StructureWarnings(tree.parts));
+  const std::vector<AttachmentInfo>& attachments = tree.attachments;
   if (attachments.empty() && !parsed.Has("json")) {
     std::fputs(("parcelvane: " + SourceName(file) + ": no attachments\n").c_str(), stderr);
     return 0;

@@ -23,6 +23,7 @@ struct Entry {
   uint64_t size = 0;
   int attachments = 0;
   std::string problem;   // why the message could not be read, or ""
+  std::vector<std::string> warnings;  // what its part tree does not show
   std::string path;      // for a directory
   uint64_t offset = 0;   // for an mbox file
 };
@@ -32,13 +33,16 @@ struct Entry {
 void Describe(std::string bytes, const LoadOptions& options, Entry* entry) {
   entry->size = bytes.size();
   try {
-    const std::string prepared = PrepareMessageBytes(std::move(bytes), options, "message");
-    const MessageView message(ParseMessage(prepared));
+    std::string prepared = PrepareMessageBytes(std::move(bytes), options, "message");
+    Ref<IEMSMessageParser> parsed = ParseMessage(prepared);
+    const MessageView message(std::move(parsed), std::move(prepared));
     entry->date = ShortDate(message.RawField("Date"));
-    entry->sender = message.SenderName();
-    if (entry->sender.empty()) entry->sender = message.SenderAddress();
+    const MailboxInfo sender = message.Sender();
+    entry->sender = sender.name.empty() ? sender.address : sender.name;
     entry->subject = message.Subject();
-    entry->attachments = message.AttachmentCount();
+    const PartTree tree = message.Tree(false);
+    entry->attachments = static_cast<int>(tree.attachments.size());
+    entry->warnings = StructureWarnings(tree.parts);
   } catch (const ToolError& error) {
     const std::string text = error.what();
     const size_t colon = text.find(": ");
@@ -59,6 +63,7 @@ class Listing {
 
   void Add(const Entry& e) {
     ++count_;
+    PrintWarnings(e.path.empty() ? "message " + std::to_string(e.index) : e.path, e.warnings);
     if (json_) return AddJson(e);
     char tail[48];
     std::snprintf(tail, sizeof tail, "  %9llu  %3d\n", static_cast<unsigned long long>(e.size), e.attachments);

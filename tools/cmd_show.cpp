@@ -1,4 +1,6 @@
 // parcelvane show: a summary of one message, for a person or as JSON.
+#include <algorithm>
+
 #include "tools/commands.h"
 #include "tools/file_io.h"
 #include "tools/json_writer.h"
@@ -11,38 +13,55 @@ namespace {
 struct Summary {
   std::string from, to, subject, date;
   std::string sender_name, sender_address;
-  std::vector<std::pair<std::string, std::string>> recipients;
+  std::vector<AddressInfo> recipients;
   bool mime = false;
   std::vector<PartInfo> parts;
   uint64_t body_size = 0;
   std::vector<AttachmentInfo> attachments;
+  std::vector<std::string> warnings;
 };
+
+// The decoded field as written, unless it holds a group: then the entries
+// one by one, so that a group reads as its name and its members.
+std::string AddressLine(const MessageView& message, const char* field, std::vector<AddressInfo>* entries) {
+  *entries = message.Addresses(field);
+  return HasGroup(*entries) ? AddressText(*entries) : message.DecodedField(field);
+}
 
 Summary Summarize(const MessageView& message) {
   Summary s;
-  s.from = message.DecodedField("From");
-  s.to = message.DecodedField("To");
+  std::vector<AddressInfo> senders;
+  s.from = AddressLine(message, "From", &senders);
+  s.to = AddressLine(message, "To", &s.recipients);
   s.subject = message.Subject();
   s.date = UnfoldValue(message.DecodedField("Date"));
-  s.sender_name = message.SenderName();
-  s.sender_address = message.SenderAddress();
-  s.recipients = message.Mailboxes("To");
+  const MailboxInfo sender = message.Sender();
+  s.sender_name = sender.name;
+  s.sender_address = sender.address;
   s.mime = message.IsMime();
+  PartTree tree = message.Tree(true);
   if (s.mime) {
-    s.parts = message.Parts();
+    s.parts = std::move(tree.parts);
   } else {
     s.body_size = message.PlainBodySize();
   }
-  s.attachments = message.Attachments();
+  s.attachments = std::move(tree.attachments);
+  s.warnings = StructureWarnings(s.parts);
   return s;
 }
 
 std::string Size(uint64_t bytes) { return std::to_string(bytes) + " B"; }
 
+// Indentation stops at kMaxIndent levels, so that a deep tree prints in
+// linear space; deeper parts carry their depth as a number.
+constexpr int kMaxIndent = 32;
+
 std::string PartLine(const PartInfo& part) {
-  std::string line = PadRight(std::string(2 * static_cast<size_t>(part.depth), ' ') + TerminalSafe(part.content_type), 32);
+  std::string indent(2 * static_cast<size_t>(std::min(part.depth, kMaxIndent)), ' ');
+  if (part.depth > kMaxIndent) indent += "[" + std::to_string(part.depth) + "] ";
+  std::string line = PadRight(indent + TerminalSafe(part.content_type), 32);
   line += "  " + PadRight(part.transfer_encoding.empty() ? "-" : TerminalSafe(part.transfer_encoding), 18);
-  line += "  " + PadRight(Size(part.raw_size) + " raw", 14);
+  line += "  " + PadRight(part.has_raw_size ? Size(part.raw_size) + " raw" : "? raw", 14);
   if (part.has_decoded_size) line += "  " + PadRight(Size(part.decoded_size) + " decoded", 18);
   if (part.attachment) line += "  attachment \"" + TerminalSafe(part.name) + "\"";
   while (!line.empty() && line.back() == ' ') line.pop_back();
@@ -77,6 +96,15 @@ void MaybeString(JsonWriter* json, const char* key, const std::string& value) {
   }
 }
 
+void MaybeNumber(JsonWriter* json, const char* key, bool known, uint64_t value) {
+  json->Key(key);
+  if (known) {
+    json->Number(static_cast<int64_t>(value));
+  } else {
+    json->Null();
+  }
+}
+
 std::string JsonSummary(const Summary& s) {
   JsonWriter json;
   json.BeginObject();
@@ -89,11 +117,16 @@ std::string JsonSummary(const Summary& s) {
   json.Member("to", s.to);
   json.Key("recipients");
   json.BeginArray();
-  for (const auto& [name, address] : s.recipients) {
-    json.BeginObject();
-    json.Member("name", name);
-    json.Member("address", address);
-    json.EndObject();
+  for (const AddressInfo& entry : s.recipients) {
+    // A group's members carry its name; an empty group is its name alone.
+    const std::vector<MailboxInfo> alone = {MailboxInfo()};
+    for (const MailboxInfo& mailbox : entry.group && entry.mailboxes.empty() ? alone : entry.mailboxes) {
+      json.BeginObject();
+      json.Member("name", mailbox.name);
+      json.Member("address", mailbox.address);
+      if (entry.group) json.Member("group", entry.group_name);
+      json.EndObject();
+    }
   }
   json.EndArray();
   json.Member("subject", s.subject);
@@ -107,13 +140,8 @@ std::string JsonSummary(const Summary& s) {
     json.MemberNumber("depth", part.depth);
     json.Member("content_type", part.content_type);
     MaybeString(&json, "transfer_encoding", part.transfer_encoding);
-    json.MemberNumber("size", static_cast<int64_t>(part.raw_size));
-    json.Key("decoded_size");
-    if (part.has_decoded_size) {
-      json.Number(static_cast<int64_t>(part.decoded_size));
-    } else {
-      json.Null();
-    }
+    MaybeNumber(&json, "size", part.has_raw_size, part.raw_size);
+    MaybeNumber(&json, "decoded_size", part.has_decoded_size, part.decoded_size);
     json.MemberBool("attachment", part.attachment);
     json.Key("name");
     if (part.attachment) {
@@ -137,6 +165,10 @@ std::string JsonSummary(const Summary& s) {
     json.EndObject();
   }
   json.EndArray();
+  json.Key("warnings");
+  json.BeginArray();
+  for (const std::string& warning : s.warnings) json.String(warning);
+  json.EndArray();
   json.EndObject();
   return json.text();
 }
@@ -149,6 +181,7 @@ int RunShow(const Args& args) {
   const std::string file = SingleInput(parsed, "show");
   const MessageView message = LoadMessage(file, LoadOptionsOf(parsed));
   const Summary summary = Summarize(message);
+  PrintWarnings(SourceName(file), summary.warnings);
   WriteOut(parsed.Has("json") ? JsonSummary(summary) : HumanSummary(summary));
   return 0;
 }

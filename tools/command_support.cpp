@@ -1,7 +1,10 @@
+#include <cstdio>
+
 #include "tools/commands.h"
 #include "tools/exit_codes.h"
 #include "tools/file_io.h"
 #include "tools/help.h"
+#include "tools/utf.h"
 
 namespace pvtool {
 
@@ -31,8 +34,15 @@ LoadOptions LoadOptionsOf(const ParsedArgs& parsed) {
 std::string SourceName(const std::string& file) { return file == "-" ? "standard input" : file; }
 
 MessageView LoadMessage(const std::string& file, const LoadOptions& options) {
-  const std::string prepared = PrepareMessageBytes(ReadInput(file), options, SourceName(file));
-  return MessageView(ParseMessage(prepared));
+  std::string prepared = PrepareMessageBytes(ReadInput(file), options, SourceName(file));
+  Ref<IEMSMessageParser> parsed = ParseMessage(prepared);
+  return MessageView(std::move(parsed), std::move(prepared));
+}
+
+void PrintWarnings(const std::string& source, const std::vector<std::string>& warnings) {
+  for (const std::string& warning : warnings) {
+    std::fputs(("parcelvane: " + TerminalSafe(source + ": " + warning) + "\n").c_str(), stderr);
+  }
 }
 
 void WriteOutput(const std::string& output, const std::string& bytes) {

@@ -35,6 +35,8 @@ LoadOptions LoadOptionsOf(const ParsedArgs& parsed);
 std::string SourceName(const std::string& file);
 // Reads, prepares and parses the message in `file`.
 MessageView LoadMessage(const std::string& file, const LoadOptions& options);
+// Writes each warning to standard error, naming `source`.
+void PrintWarnings(const std::string& source, const std::vector<std::string>& warnings);
 // Writes `bytes` to `output` ("" or "-": standard output) without leaving
 // half a file.
 void WriteOutput(const std::string& output, const std::string& bytes);

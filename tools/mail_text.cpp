@@ -126,6 +126,15 @@ int SingleByteOf(char16_t c) {
   return -1;
 }
 
+// Whether the text before a colon can name a group: a phrase, so no "@"
+// (an obsolete route "@a:b@c") and no encoded word left open ("=?utf-8?q?
+// at 10:08" is text that happens to hold a colon).
+bool IsGroupName(std::string_view text) {
+  if (text.find('@') != std::string_view::npos) return false;
+  const size_t open = text.rfind("=?");
+  return open == std::string_view::npos || text.find("?=", open + 2) != std::string_view::npos;
+}
+
 }  // namespace
 
 std::string UnfoldValue(std::string_view raw) {
@@ -211,13 +220,16 @@ Address SplitAddress(std::string_view text) {
   return result;
 }
 
-std::vector<std::string> SplitAddressList(std::string_view value) {
-  std::vector<std::string> pieces;
+std::vector<AddressPieces> SplitAddressList(std::string_view value) {
+  std::vector<AddressPieces> entries;
+  bool in_group = false;
   size_t start = 0;
   auto take = [&](size_t end) {
     const std::string_view piece = Trim(value.substr(start, end - start));
-    if (!piece.empty()) pieces.emplace_back(piece);
     start = end + 1;
+    if (piece.empty()) return;
+    if (!in_group) entries.emplace_back();
+    entries.back().members.emplace_back(piece);
   };
   int comments = 0;
   bool quoted = false, angle = false;
@@ -237,12 +249,22 @@ std::vector<std::string> SplitAddressList(std::string_view value) {
       comments = 1;
     } else if (c == '<') {
       angle = true;
-    } else if (c == ',' || c == ';') {
+    } else if (c == ':' && !in_group && IsGroupName(value.substr(start, i - start))) {
+      AddressPieces group;
+      group.group = true;
+      group.group_name = std::string(Trim(value.substr(start, i - start)));
+      entries.push_back(std::move(group));
+      in_group = true;
+      start = i + 1;
+    } else if (c == ',') {
       take(i);
+    } else if (c == ';') {
+      take(i);
+      in_group = false;
     }
   }
   if (start <= value.size()) take(value.size());
-  return pieces;
+  return entries;
 }
 
 U16String RepairRawUtf8(U16View text) {
@@ -281,6 +303,31 @@ std::string NotAMessageReason(std::string_view bytes) {
   if (header_end == std::string_view::npos) header_end = bytes.size();
   if (std::memchr(bytes.data(), '\0', header_end) != nullptr) return "holds a zero byte in its header";
   return std::string();
+}
+
+size_t LeadingBlankBytes(std::string_view bytes) {
+  size_t skipped = 0;
+  for (;;) {
+    size_t i = skipped;
+    while (i < bytes.size() && (bytes[i] == ' ' || bytes[i] == '\t')) ++i;
+    if (i < bytes.size() && bytes[i] == '\r' && i + 1 < bytes.size() && bytes[i + 1] == '\n') ++i;
+    if (i < bytes.size() && bytes[i] == '\n') {
+      skipped = i + 1;
+      continue;
+    }
+    // A first line with text: its indentation goes only when the rest
+    // reads as a header field.
+    if (i > skipped && i < bytes.size() && NotAMessageReason(bytes.substr(i, bytes.find('\n', i) - i)).empty()) {
+      return i;
+    }
+    return skipped;
+  }
+}
+
+std::string GroupedNumber(uint64_t value) {
+  std::string digits = std::to_string(value);
+  for (size_t i = digits.size(); i > 3; i -= 3) digits.insert(i - 3, 1, ',');
+  return digits;
 }
 
 }  // namespace pvtool

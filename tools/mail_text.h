@@ -36,11 +36,23 @@ struct Address {
 // "jm@example.org".
 Address SplitAddress(std::string_view text);
 
-// The pieces of an address field value, split at the commas and
+// One entry of an address field: a mailbox (one member, no group), or a
+// group "name: a, b;" with its members (none for "name:;").
+struct AddressPieces {
+  bool group = false;
+  std::string group_name;            // trimmed, as written
+  std::vector<std::string> members;  // each trimmed, as written
+};
+
+// The entries of an address field value, split at the commas and
 // semicolons that stand outside quoted strings, angle brackets and
-// comments; blanks around each piece are trimmed and empty pieces dropped.
-// "Joe <j@x>, \"Ann, B.\" <a@y>" gives "Joe <j@x>" and "\"Ann, B.\" <a@y>".
-std::vector<std::string> SplitAddressList(std::string_view value);
+// comments; a colon there opens a group, which the next semicolon closes,
+// when the text before it can be a group's name (no "@", no encoded word
+// left open).
+// Blanks around each piece are trimmed and empty pieces dropped.
+// "Joe <j@x>, \"Ann, B.\" <a@y>" gives the mailboxes "Joe <j@x>" and
+// "\"Ann, B.\" <a@y>"; "Team: a@x, b@y;" one group of two members.
+std::vector<AddressPieces> SplitAddressList(std::string_view value);
 
 // Header values and bodies without a declared charset are often raw
 // UTF-8; read in the library's single-byte page they show as "Ã¼". Each
@@ -55,6 +67,15 @@ std::string UnfoldValue(std::string_view raw);
 // Why `bytes` cannot be a message ("" when it can): it is empty, or its
 // first line is not a header field, or its header block holds a zero byte.
 std::string NotAMessageReason(std::string_view bytes);
+
+// How many bytes open `bytes` before its header block: blank lines and
+// lines of blanks, and the indentation of a first line that is a header
+// field once its leading blanks are gone. An indented first line that is
+// not a header field is kept, so that the input is refused as it stands.
+size_t LeadingBlankBytes(std::string_view bytes);
+
+// 1234567 gives "1,234,567".
+std::string GroupedNumber(uint64_t value);
 
 }  // namespace pvtool
 

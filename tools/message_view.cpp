@@ -7,6 +7,7 @@
 #include "tools/exit_codes.h"
 #include "tools/line_ends.h"
 #include "tools/mail_text.h"
+#include "tools/part_layout.h"
 
 namespace pvtool {
 namespace {
@@ -53,7 +54,36 @@ bool StartsWithContent(const std::string& name) {
   return name.size() >= 8 && Lower(name.substr(0, 8)) == "content-";
 }
 
-PartInfo DescribePart(IEMSMimePart* part, int depth) {
+// Whether a header field of `part` has a parameter named `name`, and its
+// decoded (or `raw`) value. Names compare case-sensitively, as in the library.
+bool FindParameter(IEMSMimePart* part, const char* field_name, std::string_view name, std::string* value,
+                   bool raw = false) {
+  Ref<IEMSMessageParameter> field;
+  if (FAILED(part->FindHeader(Bstr(field_name).get(), field.put())) || !field) return false;
+  Ref<IEMSMimeAttributes> attributes;
+  if (FAILED(field->get_Attributes(attributes.put())) || !attributes) return false;
+  LONG count = 0;
+  attributes->get_AttributesCount(&count);
+  for (LONG i = 0; i < count; ++i) {
+    Ref<IEMSMimeAttribute> attribute;
+    Bstr attribute_name, text;
+    if (FAILED(attributes->get_Attribute(i, attribute.put())) || !attribute) continue;
+    attribute->get_Name(attribute_name.put());
+    if (attribute_name.utf8() != name) continue;
+    if (raw) {
+      attribute->get_RawValue(text.put());
+    } else {
+      attribute->get_DecodedValue(text.put());
+    }
+    *value = text.utf8();
+    return true;
+  }
+  return false;
+}
+
+// What the tree walk reads of one part; a multipart's size comes from the
+// layout (asking the library for it assembles the subtree).
+PartInfo DescribePart(IEMSMimePart* part, int depth, bool decoded_sizes) {
   PartInfo info;
   info.depth = depth;
   Bstr type;
@@ -71,20 +101,22 @@ PartInfo DescribePart(IEMSMimePart* part, int depth) {
   LONG count = 0;
   if (SUCCEEDED(part->get_MimeParts(children.put())) && children) children->get_PartsCount(&count);
   info.children = count;
+  if (count > 0) return info;
 
   Ref<IEMSDataObject> body;
   if (SUCCEEDED(part->get_BodyObject(body.put())) && body) info.raw_size = SpanLength(body.get());
-  if (count == 0) {
-    Ref<IEMSDataObject> decoded;
-    if (part->get_DecodedBinary(decoded.put()) == S_OK && decoded) {
-      info.has_decoded_size = true;
-      info.decoded_size = SpanLength(decoded.get());
-    }
+  info.has_raw_size = true;
+  Ref<IEMSDataObject> decoded;
+  if (decoded_sizes && part->get_DecodedBinary(decoded.put()) == S_OK && decoded) {
+    info.has_decoded_size = true;
+    info.decoded_size = SpanLength(decoded.get());
   }
-
   LONG flag = 0;
   part->get_IsAttachPart(&flag);
-  info.attachment = flag != 0;
+  std::string file_name;
+  const bool named = FindParameter(part, "Content-Disposition", "filename", &file_name) ||
+                     FindParameter(part, "Content-Type", "name", &file_name);
+  info.attachment = IsAttachment(info, flag != 0, named);
   if (info.attachment) {
     Bstr name;
     part->get_AttachName(name.put());
@@ -99,11 +131,15 @@ std::string DisplayText(const Bstr& text) { return Utf16ToUtf8(RepairRawUtf8(tex
 
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source) {
   // Files saved by some editors open with a UTF-8 byte order mark.
-  if (bytes.compare(0, 3, "\xEF\xBB\xBF") == 0) bytes.erase(0, 3);
-  if (bytes.compare(0, 5, "From ") == 0) {
-    const size_t line_end = bytes.find('\n');
-    bytes.erase(0, line_end == std::string::npos ? bytes.size() : line_end + 1);
+  size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  // Files saved from web mail and some archives open with blank lines.
+  start += LeadingBlankBytes(std::string_view(bytes).substr(start));
+  if (bytes.compare(start, 5, "From ") == 0) {
+    const size_t line_end = bytes.find('\n', start);
+    start = line_end == std::string::npos ? bytes.size() : line_end + 1;
+    start += LeadingBlankBytes(std::string_view(bytes).substr(start));
   }
+  bytes.erase(0, start);
   if (options.crlf) bytes = BareLfToCrLf(bytes);
   constexpr uint64_t kLargest = 0xFFFFFFFFull;
   if (bytes.size() > kLargest) throw ToolError(kExitNotMessage, source + ": larger than 4 GiB, too large for a message");
@@ -124,7 +160,9 @@ bool MessageView::IsMime() const { return message_->IsMimeMessage() == S_OK; }
 std::string MessageView::Subject() const {
   Bstr subject;
   message_->get_Subject(subject.put());
-  return DisplayText(subject);
+  // The library joins repeated fields; a reader shows the first, as other
+  // mail readers do (`headers` lists them all).
+  return SplitOccurrences(DisplayText(subject)).front();
 }
 
 std::string MessageView::DecodedField(const char* name) const {
@@ -159,22 +197,45 @@ std::string MessageView::SenderAddress() const {
   return DisplayText(value);
 }
 
-std::vector<std::pair<std::string, std::string>> MessageView::Mailboxes(const char* field_name) const {
-  // The library's mailbox list keeps "Joe <j@x>, Ann <a@y>" as one piece,
-  // so the tool splits the field itself and lets the library read each
-  // mailbox (decoding its name).
-  std::vector<std::pair<std::string, std::string>> mailboxes;
-  for (const std::string& piece : SplitAddressList(UnfoldValue(RawField(field_name)))) {
-    Ref<IEMSHeaderMailboxes> list =
-        CreateObject<IEMSHeaderMailboxes>(CLSID_EMSHeaderMailboxes, "creating a mailbox list");
-    if (FAILED(list->ParseMailboxes(Bstr(piece).get(), 1))) continue;
+std::vector<AddressInfo> MessageView::Addresses(const char* field_name) const {
+  // The library's mailbox list keeps "Joe <j@x>, Ann <a@y>" as one piece
+  // and knows no groups, so the tool splits the field itself and lets the
+  // library read each mailbox (decoding its name).
+  std::vector<AddressInfo> entries;
+  Ref<IEMSHeaderMailboxes> list =
+      CreateObject<IEMSHeaderMailboxes>(CLSID_EMSHeaderMailboxes, "creating a mailbox list");
+  auto read = [&](const std::string& piece, MailboxInfo* mailbox) {
     Bstr name, address;
+    if (FAILED(list->ParseMailboxes(Bstr(piece).get(), 1))) return false;
     list->get_MailboxName(0, name.put());
     list->get_MailboxAddress(0, address.put());
-    if (address.wide().empty() && name.wide().empty()) continue;
-    mailboxes.emplace_back(DisplayText(name), DisplayText(address));
+    mailbox->name = DisplayText(name);
+    mailbox->address = DisplayText(address);
+    return !mailbox->name.empty() || !mailbox->address.empty();
+  };
+  for (const AddressPieces& pieces : SplitAddressList(UnfoldValue(RawField(field_name)))) {
+    AddressInfo entry;
+    entry.group = pieces.group;
+    if (pieces.group) {
+      // A group name is a phrase: read it as the name of a mailbox.
+      MailboxInfo named;
+      if (read(pieces.group_name + " <group@invalid>", &named)) entry.group_name = named.name;
+      if (entry.group_name.empty()) entry.group_name = pieces.group_name;
+    }
+    for (const std::string& piece : pieces.members) {
+      MailboxInfo mailbox;
+      if (read(piece, &mailbox)) entry.mailboxes.push_back(std::move(mailbox));
+    }
+    if (entry.group || !entry.mailboxes.empty()) entries.push_back(std::move(entry));
   }
-  return mailboxes;
+  return entries;
+}
+
+MailboxInfo MessageView::Sender() const {
+  const std::vector<AddressInfo> from = Addresses("From");
+  if (!HasGroup(from)) return {SenderName(), SenderAddress()};
+  if (from[0].mailboxes.empty()) return {from[0].group_name, std::string()};
+  return from[0].mailboxes[0];
 }
 
 std::vector<HeaderLine> MessageView::AllHeaders(bool raw) const {
@@ -202,58 +263,50 @@ std::vector<HeaderLine> MessageView::AllHeaders(bool raw) const {
   return lines;
 }
 
-std::vector<PartInfo> MessageView::Parts() const {
-  std::vector<PartInfo> parts;
+PartTree MessageView::Tree(bool decoded_sizes) const {
+  PartTree tree;
   Ref<IEMSMimePart> root;
-  if (message_->get_MimePart(root.put()) != S_OK || !root) return parts;
+  if (message_->get_MimePart(root.put()) != S_OK || !root) return tree;
   // Depth first with an explicit stack: the input decides how deep a tree is.
+  std::vector<LayoutPart> layout;
   std::vector<std::pair<Ref<IEMSMimePart>, int>> stack;
   stack.emplace_back(root, 0);
   while (!stack.empty()) {
     auto [part, depth] = std::move(stack.back());
     stack.pop_back();
-    parts.push_back(DescribePart(part.get(), depth));
+    tree.parts.push_back(DescribePart(part.get(), depth, decoded_sizes));
+    const PartInfo& info = tree.parts.back();
+    LayoutPart shape{info.children, std::string()};
+    if (info.content_type.compare(0, 10, "multipart/") == 0) {
+      // The library splits at the raw value, still folded or RFC 2231 coded.
+      FindParameter(part.get(), "Content-Type", "boundary", &shape.boundary, true);
+    }
+    layout.push_back(std::move(shape));
+    if (info.attachment) tree.attachments.push_back({info.name, info.content_type, part});
     Ref<IEMSMimeParts> children;
-    if (parts.back().children == 0 || FAILED(part->get_MimeParts(children.put())) || !children) continue;
-    for (LONG i = parts.back().children - 1; i >= 0; --i) {
+    if (info.children == 0 || FAILED(part->get_MimeParts(children.put())) || !children) continue;
+    for (LONG i = info.children - 1; i >= 0; --i) {
       Ref<IEMSMimePart> child;
       if (SUCCEEDED(children->get_Part(i, child.put())) && child) stack.emplace_back(child, depth + 1);
     }
   }
-  return parts;
+  const std::vector<PartRegion> regions = LayOutParts(bytes_, layout);
+  for (size_t i = 0; i < regions.size(); ++i) {
+    PartInfo& info = tree.parts[i];
+    info.unclosed = regions[i].unclosed;
+    info.unshown = regions[i].unshown;
+    if (info.children > 0 && regions[i].known) {
+      info.has_raw_size = true;
+      info.raw_size = regions[i].body_size;
+    }
+  }
+  return tree;
 }
 
 uint64_t MessageView::PlainBodySize() const {
   Ref<IEMSDataObject> body;
   if (FAILED(message_->get_BodyObject(body.put())) || !body) return 0;
   return SpanLength(body.get());
-}
-
-std::vector<AttachmentInfo> MessageView::Attachments() const {
-  std::vector<AttachmentInfo> attachments;
-  Ref<IEMSMimeParts> list;
-  if (message_->get_AttachParts(list.put()) != S_OK || !list) return attachments;
-  LONG count = 0;
-  list->get_PartsCount(&count);
-  for (LONG i = 0; i < count; ++i) {
-    AttachmentInfo info;
-    if (FAILED(list->get_Part(i, info.part.put())) || !info.part) continue;
-    Bstr name, type;
-    info.part->get_AttachName(name.put());
-    info.part->get_MimeContentTypeString(type.put());
-    info.name = DisplayText(name);
-    info.content_type = type.get() == nullptr || type.wide().empty() ? "text/plain" : Lower(type.utf8());
-    attachments.push_back(std::move(info));
-  }
-  return attachments;
-}
-
-int MessageView::AttachmentCount() const {
-  Ref<IEMSMimeParts> list;
-  if (message_->get_AttachParts(list.put()) != S_OK || !list) return 0;
-  LONG count = 0;
-  list->get_PartsCount(&count);
-  return count;
 }
 
 bool MessageView::TextBody(std::string* utf8) const {
@@ -274,6 +327,48 @@ std::string MessageView::Assemble() const {
   Ref<IEMSDataObject> data;
   Check(message_->AssembleObject(data.put()), "assembling the message");
   return SpanBytes(data.get());
+}
+
+bool IsAttachment(const PartInfo& part, bool flagged, bool has_file_name) {
+  if (flagged) return true;
+  if (part.children > 0 || part.content_type.compare(0, 10, "multipart/") == 0) return false;
+  return has_file_name || part.transfer_encoding == "x-uuencode" || part.content_type.compare(0, 5, "text/") != 0;
+}
+
+std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts) {
+  std::vector<std::string> warnings;
+  for (const PartInfo& part : parts) {
+    if (!part.unclosed) continue;
+    warnings.push_back(part.content_type + " at depth " + std::to_string(part.depth) +
+                       " has no closing delimiter: its last " + GroupedNumber(part.unshown) + " bytes are not shown");
+  }
+  return warnings;
+}
+
+bool HasGroup(const std::vector<AddressInfo>& entries) {
+  return std::any_of(entries.begin(), entries.end(), [](const AddressInfo& e) { return e.group; });
+}
+
+std::string AddressText(const std::vector<AddressInfo>& entries) {
+  std::string text;
+  bool closed = false;  // the last entry ended with the ";" of its group
+  for (const AddressInfo& entry : entries) {
+    if (!text.empty()) text += closed ? " " : ", ";
+    closed = entry.group && !entry.mailboxes.empty();
+    std::string members;
+    for (const MailboxInfo& mailbox : entry.mailboxes) {
+      if (!members.empty()) members += ", ";
+      members += mailbox.name.empty() ? mailbox.address : mailbox.name + " <" + mailbox.address + ">";
+    }
+    if (!entry.group) {
+      text += members;
+    } else if (entry.mailboxes.empty()) {
+      text += entry.group_name;
+    } else {
+      text += entry.group_name + ": " + members + ";";
+    }
+  }
+  return text;
 }
 
 std::string DecodedBytes(IEMSMimePart* part) {

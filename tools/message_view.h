@@ -17,9 +17,9 @@ struct LoadOptions {
   bool crlf = true;
 };
 
-// Prepares raw input for the parser: drops a UTF-8 byte order mark and an
-// mbox separator line that open it, converts line ends as asked, and checks that it can be a
-// message at all. Throws ToolError(kExitNotMessage) naming `source`.
+// Prepares raw input for the parser: drops a UTF-8 byte order mark, an
+// mbox separator line and blank lines that open it (see LeadingBlankBytes),
+// converts line ends as asked, and checks that it can be a message at all. Throws ToolError(kExitNotMessage) naming `source`.
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source);
 
 // A message object parsed from prepared bytes.
@@ -34,12 +34,15 @@ struct PartInfo {
   int depth = 0;
   std::string content_type;       // "text/plain" when the part has no Content-Type
   std::string transfer_encoding;  // as written, lower case; "" when absent
+  bool has_raw_size = false;      // false for a multipart not found in the input
   uint64_t raw_size = 0;          // body bytes as they stand in the message
   bool has_decoded_size = false;  // leaves only
   uint64_t decoded_size = 0;
-  bool attachment = false;        // the part's attachment flag
+  bool attachment = false;        // an attachment as the command sees it (see IsAttachment)
   std::string name;               // the attachment name, for attachments
   int children = 0;
+  bool unclosed = false;          // a multipart with no closing delimiter
+  uint64_t unshown = 0;           // then: the bytes after its last delimiter line
 };
 
 struct AttachmentInfo {
@@ -48,35 +51,65 @@ struct AttachmentInfo {
   Ref<IEMSMimePart> part;
 };
 
+// A mailbox of an address field, decoded.
+struct MailboxInfo {
+  std::string name;
+  std::string address;
+};
+
+// One entry of an address field: a mailbox, or a group with its mailboxes.
+struct AddressInfo {
+  bool group = false;
+  std::string group_name;
+  std::vector<MailboxInfo> mailboxes;  // one for a mailbox; none for an empty group
+};
+
+// The part tree of a message, depth first, with what the command derives
+// from it.
+struct PartTree {
+  std::vector<PartInfo> parts;
+  std::vector<AttachmentInfo> attachments;
+};
+
 class MessageView {
  public:
-  explicit MessageView(Ref<IEMSMessageParser> message) : message_(std::move(message)) {}
+  // `bytes`: what the message was parsed from, for finding its multiparts
+  // (without them a multipart's size is not known).
+  explicit MessageView(Ref<IEMSMessageParser> message, std::string bytes = std::string())
+      : message_(std::move(message)), bytes_(std::move(bytes)) {}
 
   IEMSMessageParser* get() const { return message_.get(); }
 
   bool IsMime() const;
-  std::string Subject() const;
+  std::string Subject() const;  // the first Subject field, decoded
   // A header field of the message's own list, decoded ("" when absent);
   // several occurrences are joined with ", ".
   std::string DecodedField(const char* name) const;
   std::string RawField(const char* name) const;
   std::string SenderName() const;
   std::string SenderAddress() const;
-  // The mailboxes of an address field, each as {name, address}.
-  std::vector<std::pair<std::string, std::string>> Mailboxes(const char* field) const;
+  // The sender as the library gives it, unless From holds a group (the
+  // library reads "Team: a@x;" as a mailbox named "Team: a"): then the
+  // group's first member, or for an empty group its name.
+  MailboxInfo Sender() const;
+  // The entries of an address field, groups included.
+  std::vector<AddressInfo> Addresses(const char* field) const;
 
   // Every field of the message and of its root part, one entry per
   // occurrence, in order.
   std::vector<HeaderLine> AllHeaders(bool raw) const;
 
-  // The part tree, depth first, children in order; empty for a plain message.
-  std::vector<PartInfo> Parts() const;
+  // The part tree, depth first, children in order, and the attachments in
+  // it; empty for a plain message. Decoding every leaf for its size is
+  // left out unless `decoded_sizes`.
+  PartTree Tree(bool decoded_sizes) const;
+  std::vector<PartInfo> Parts() const { return Tree(true).parts; }
   // The size of a plain message's body.
   uint64_t PlainBodySize() const;
 
-  // The message's attachment list.
-  std::vector<AttachmentInfo> Attachments() const;
-  int AttachmentCount() const;
+  // The attachments of the part tree, in order.
+  std::vector<AttachmentInfo> Attachments() const { return Tree(false).attachments; }
+  int AttachmentCount() const { return static_cast<int>(Attachments().size()); }
 
   // The text or HTML body as UTF-8; false when the message has none.
   bool TextBody(std::string* utf8) const;
@@ -87,7 +120,25 @@ class MessageView {
 
  private:
   Ref<IEMSMessageParser> message_;
+  std::string bytes_;
 };
+
+// A part is an attachment for the command when the library flags it, or it
+// is a leaf with a file name, an x-uuencode leaf or a leaf whose type is not
+// text: what a person reading the part tree takes for one.
+bool IsAttachment(const PartInfo& part, bool flagged, bool has_file_name);
+
+// What a reader of the part tree should know that it does not show: the
+// multiparts with no closing delimiter, whose last part the library drops
+// ("multipart/mixed at depth 1 has no closing delimiter: its last 1,234
+// bytes are not shown").
+std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts);
+
+// "Name <address>", or the address alone; a group as "Team: a, b;" and an
+// empty group as its name alone; entries joined by ", " (by " " after the
+// ";" of a group).
+std::string AddressText(const std::vector<AddressInfo>& entries);
+bool HasGroup(const std::vector<AddressInfo>& entries);
 
 // The decoded bytes of one part.
 std::string DecodedBytes(IEMSMimePart* part);

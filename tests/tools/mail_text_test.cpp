@@ -45,15 +45,48 @@ TEST(SplitAddress, ABareAddressHasNoName) {
   EXPECT_EQ(a.address, "jm@example.org");
 }
 
+// The entries as text: "m:piece" for a mailbox, "g:name[a|b]" for a group.
+std::vector<std::string> Entries(std::string_view value) {
+  std::vector<std::string> out;
+  for (const AddressPieces& entry : SplitAddressList(value)) {
+    if (!entry.group) {
+      EXPECT_EQ(entry.members.size(), 1u);
+      out.push_back("m:" + entry.members.at(0));
+      continue;
+    }
+    std::string text = "g:" + entry.group_name + "[";
+    for (size_t i = 0; i < entry.members.size(); ++i) text += (i > 0 ? "|" : "") + entry.members[i];
+    out.push_back(text + "]");
+  }
+  return out;
+}
+
 TEST(SplitAddressList, SplitsAtCommasOutsideQuotesAnglesAndComments) {
-  EXPECT_EQ(SplitAddressList("Joe <j@x>, \"Ann, B.\" <a@y>; c@z (Carl, Jr.)"),
-            (std::vector<std::string>{"Joe <j@x>", "\"Ann, B.\" <a@y>", "c@z (Carl, Jr.)"}));
+  EXPECT_EQ(Entries("Joe <j@x>, \"Ann, B.\" <a@y>; c@z (Carl, Jr.)"),
+            (std::vector<std::string>{"m:Joe <j@x>", "m:\"Ann, B.\" <a@y>", "m:c@z (Carl, Jr.)"}));
 }
 
 TEST(SplitAddressList, DropsEmptyPiecesAndKeepsEscapedQuotes) {
-  EXPECT_EQ(SplitAddressList(" , a@x,, \"q\\\",\" <b@y> ,"),
-            (std::vector<std::string>{"a@x", "\"q\\\",\" <b@y>"}));
+  EXPECT_EQ(Entries(" , a@x,, \"q\\\",\" <b@y> ,"), (std::vector<std::string>{"m:a@x", "m:\"q\\\",\" <b@y>"}));
   EXPECT_TRUE(SplitAddressList("").empty());
+}
+
+TEST(SplitAddressList, AColonOpensAGroupThatASemicolonCloses) {
+  EXPECT_EQ(Entries("A Group:Chris Jones <c@x>, b@y;, undisclosed-recipients:;, z@q"),
+            (std::vector<std::string>{"g:A Group[Chris Jones <c@x>|b@y]", "g:undisclosed-recipients[]", "m:z@q"}));
+  // A group left open at the end keeps its members.
+  EXPECT_EQ(Entries("Team: a@x, b@y"), (std::vector<std::string>{"g:Team[a@x|b@y]"}));
+}
+
+TEST(SplitAddressList, AColonAfterARouteOrInsideAnEncodedWordOpensNoGroup) {
+  EXPECT_EQ(Entries("@develop:nsb@example.com, =?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"),
+            (std::vector<std::string>{"m:@develop:nsb@example.com", "m:=?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"}));
+  EXPECT_EQ(Entries("=?utf-8?q?Gruppe?=: a@x;"), (std::vector<std::string>{"g:=?utf-8?q?Gruppe?=[a@x]"}));
+}
+
+TEST(SplitAddressList, AColonInQuotesAnglesOrCommentsOpensNoGroup) {
+  EXPECT_EQ(Entries("\"Re: Bob\" <b@x>, <@route:c@y>, d@z (note: hi)"),
+            (std::vector<std::string>{"m:\"Re: Bob\" <b@x>", "m:<@route:c@y>", "m:d@z (note: hi)"}));
 }
 
 TEST(RepairRawUtf8, RawUtf8ReadAsSingleBytesIsReadAgain) {
@@ -82,6 +115,28 @@ TEST(NotAMessageReason, RejectsWhatIsNotAMessage) {
   EXPECT_EQ(NotAMessageReason("\r\n\r\nbody only"), "does not begin with a header field");
   EXPECT_EQ(NotAMessageReason(": no name\n"), "does not begin with a header field");
   EXPECT_EQ(NotAMessageReason(std::string("Subject: a\0b\n\nbody", 18)), "holds a zero byte in its header");
+}
+
+TEST(LeadingBlankBytes, SkipsBlankLinesAndLinesOfBlanks) {
+  EXPECT_EQ(LeadingBlankBytes("\r\n \t\r\n\n  \nSubject: x\r\n"), 10u);
+  EXPECT_EQ(LeadingBlankBytes("Subject: x\r\n"), 0u);
+  EXPECT_EQ(LeadingBlankBytes(""), 0u);
+  EXPECT_EQ(LeadingBlankBytes(" \r\n\t"), 3u);  // a last line of blanks with no line end stays
+}
+
+TEST(LeadingBlankBytes, AnIndentedHeaderFieldLosesItsIndentationOnly) {
+  EXPECT_EQ(LeadingBlankBytes("  Subject: x\r\nFrom: a@b\r\n"), 2u);
+  EXPECT_EQ(LeadingBlankBytes("\r\n\tSubject: x\r\n"), 3u);
+  // Not a field: the indentation stays, so that the input is refused.
+  EXPECT_EQ(LeadingBlankBytes("  hello world\r\n"), 0u);
+  EXPECT_EQ(LeadingBlankBytes("\r\n  hello\r\nSubject: x\r\n"), 2u);
+}
+
+TEST(GroupedNumber, PutsACommaBetweenThousands) {
+  EXPECT_EQ(GroupedNumber(0), "0");
+  EXPECT_EQ(GroupedNumber(999), "999");
+  EXPECT_EQ(GroupedNumber(1234), "1,234");
+  EXPECT_EQ(GroupedNumber(1234567), "1,234,567");
 }
 
 TEST(NotAMessageReason, AZeroByteInTheBodyIsFine) {

@@ -22,14 +22,6 @@ std::vector<std::string> Lines(const std::string& text) {
   return lines;
 }
 
-JsonValue JsonOf(const RunResult& r) {
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error;
-  return value;
-}
-
 // An mbox of `count` generated messages; every third has an attachment.
 std::string GeneratedMbox(int count) {
   std::string mbox;

@@ -22,6 +22,7 @@ struct RunOptions {
   std::string stdin_bytes;
   std::string cwd;             // "" for the test's own directory
   std::string stdout_path;     // "" to capture; a path to send standard output there
+  size_t stack_bytes = 0;      // the child's stack limit; 0 leaves it as it is
 };
 
 inline RunOptions WithStdin(std::string bytes) {
@@ -62,6 +63,10 @@ class TempDir {
  private:
   std::string path_;
 };
+
+// The JSON document a run printed; a test failure when the run failed or
+// printed anything else.
+JsonValue JsonOf(const RunResult& r);
 
 std::string ReadFile(const std::string& path);
 // The names in a directory, sorted.

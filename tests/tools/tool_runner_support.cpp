@@ -5,8 +5,11 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -40,6 +43,14 @@ std::string TempDir::Write(const std::string& name, const std::string& bytes) co
   const std::string path = *this / name;
   std::ofstream(path, std::ios::binary) << bytes;
   return path;
+}
+
+JsonValue JsonOf(const RunResult& r) {
+  JsonValue value;
+  std::string error;
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
+  return value;
 }
 
 std::string ReadFile(const std::string& path) {
@@ -78,6 +89,10 @@ RunResult RunTool(const std::vector<std::string>& args, const RunOptions& option
     if (in < 0 || out < 0 || err < 0) _exit(127);
     dup2(in, 0), dup2(out, 1), dup2(err, 2);
     if (!options.cwd.empty() && chdir(options.cwd.c_str()) != 0) _exit(127);
+    if (options.stack_bytes != 0) {
+      const rlimit stack = {options.stack_bytes, options.stack_bytes};
+      if (setrlimit(RLIMIT_STACK, &stack) != 0) _exit(127);
+    }
     execv(argv[0], argv.data());
     _exit(127);
   }

@@ -11,14 +11,6 @@
 namespace pvtool::test {
 namespace {
 
-JsonValue JsonOf(const RunResult& r) {
-  JsonValue value;
-  std::string error;
-  EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_TRUE(ParseJson(r.out, &value, &error)) << error << "\n" << r.out;
-  return value;
-}
-
 const char kPlainText[] =
     "Hallo Anna,\n\nanbei der Bericht f\xC3\xBCr das dritte Quartal. Die Zahlen f\xC3\xBCr K\xC3\xB6ln und "
     "\xC5\x81\xC3\xB3" "d\xC5\xBA\nsind endlich vollst\xC3\xA4ndig \xE2\x80\x93 danke f\xC3\xBCr die Geduld!\n\n"
