@@ -49,7 +49,8 @@ class ClassFactory final : public IClassFactory {
 };
 
 std::mutex g_factory_lock;
-ClassFactory* g_factories[32] = {};
+// Freed when the module is unloaded (or the program ends).
+std::unique_ptr<ClassFactory> g_factories[32];
 
 }  // namespace
 
@@ -63,10 +64,10 @@ HRESULT GetClassObject(REFCLSID rclsid, REFIID riid, void** ppv) {
   {
     std::lock_guard<std::mutex> guard(g_factory_lock);
     if (g_factories[index] == nullptr) {
-      g_factories[index] = new (std::nothrow) ClassFactory(row);
+      g_factories[index].reset(new (std::nothrow) ClassFactory(row));
       if (g_factories[index] == nullptr) return E_OUTOFMEMORY;
     }
-    factory = g_factories[index];
+    factory = g_factories[index].get();
   }
   return factory->QueryInterface(riid, ppv);
 }
