@@ -1,36 +1,16 @@
 // Activation by program identifier: the module's own names without
 // registration, registered names per user over per machine, CurVer, and
 // the statuses for unknown and missing names.
-#include <cstdlib>
-#include <fstream>
-#include <sys/stat.h>
-
 #include "src/platform/reg_file.h"
+#include "tests/server/registry_dir.h"
 #include "tests/test_util.h"
 
 namespace pv::test {
 namespace {
 
-class Activation : public ::testing::Test {
+class Activation : public RegistryDirTest {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/pv-activation-XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    ::setenv("PARCELVANE_REGISTRY_DIR", dir_.c_str(), 1);
-  }
-  void TearDown() override {
-    ::unsetenv("PARCELVANE_REGISTRY_DIR");
-    ASSERT_EQ(std::system(("rm -rf '" + dir_ + "'").c_str()), 0);
-  }
-  // Writes a registry file for one scope.
-  void Write(const char* scope, const RegFile& file) {
-    std::string folder = dir_ + "/" + scope;
-    ::mkdir(folder.c_str(), 0755);
-    std::ofstream(folder + "/classes.reg", std::ios::binary) << file.Serialize();
-  }
-
-  std::string dir_;
+  void Write(const char* scope, const RegFile& file) { WriteFile(scope, file.Serialize()); }
 };
 
 CLSID ClassOf(const char16_t* name, HRESULT expected = S_OK) {
@@ -107,8 +87,7 @@ TEST_F(Activation, ANameWithoutAClassFollowsItsCurrentVersion) {
 }
 
 TEST_F(Activation, ACorruptRegistryKnowsNothingButOwnNamesStillResolve) {
-  ::mkdir((dir_ + "/user").c_str(), 0755);
-  std::ofstream(dir_ + "/user/classes.reg", std::ios::binary) << "garbage";
+  WriteFile("user", "garbage");
   EXPECT_TRUE(IsEqualCLSID(ClassOf(u"ParcelvaneLib.EMSMimePart"), CLSID_EMSMimePart));
   ClassOf(u"Acme.Mail", CO_E_CLASSSTRING);
 }

@@ -14,6 +14,7 @@
 #include "src/platform/module_file.h"
 #include "src/server/class_table.h"
 #include "src/server/guid_text.h"
+#include "tests/server/registry_dir.h"
 #include "tests/test_util.h"
 
 namespace pv::test {
@@ -24,34 +25,15 @@ const char kUser[] = "HKEY_CURRENT_USER\\Software\\Classes\\";
 const char kAppId[] = "{E64290F4-6FEC-4de7-B96D-4EF4AFB37B0B}";
 const char kLibId[] = "{76B0BE2F-A910-45E1-8EC3-BAEA1E01F123}";
 
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 bool Exists(const std::string& path) {
   struct stat info;
   return ::stat(path.c_str(), &info) == 0;
 }
 
-// Every test gets a registry folder of its own.
-class Registration : public ::testing::Test {
+class Registration : public RegistryDirTest {
  protected:
-  void SetUp() override {
-    char pattern[] = "/tmp/pv-registry-XXXXXX";
-    ASSERT_NE(::mkdtemp(pattern), nullptr);
-    dir_ = pattern;
-    ::setenv("PARCELVANE_REGISTRY_DIR", dir_.c_str(), 1);
-  }
-  void TearDown() override {
-    ::unsetenv("PARCELVANE_REGISTRY_DIR");
-    std::string command = "rm -rf '" + dir_ + "'";
-    ASSERT_EQ(std::system(command.c_str()), 0);
-  }
-  std::string MachineFile() const { return dir_ + "/machine/classes.reg"; }
-  std::string UserFile() const { return dir_ + "/user/classes.reg"; }
+  std::string MachineFile() const { return FileOf("machine"); }
+  std::string UserFile() const { return FileOf("user"); }
 
   static RegFile Load(const std::string& path) {
     RegFile file;
@@ -59,8 +41,6 @@ class Registration : public ::testing::Test {
     EXPECT_TRUE(file.Parse(ReadFile(path), &error)) << path << ": " << error;
     return file;
   }
-
-  std::string dir_;
 };
 
 std::string Value(const RegFile& file, const std::string& key, const std::string& name = "") {
@@ -215,9 +195,8 @@ TEST_F(Registration, InstallFalseUnregistersTheSameScope) {
 }
 
 TEST_F(Registration, ACorruptFileIsAnErrorAndIsNotOverwritten) {
-  ASSERT_EQ(::mkdir((dir_ + "/machine").c_str(), 0755), 0);
   const std::string garbage = "this is not a registry\n[half";
-  std::ofstream(MachineFile(), std::ios::binary) << garbage;
+  WriteFile("machine", garbage);
   EXPECT_EQ(DllRegisterServer(), static_cast<HRESULT>(0x800703F1u));
   EXPECT_EQ(DllUnregisterServer(), static_cast<HRESULT>(0x800703F1u));
   EXPECT_EQ(ReadFile(MachineFile()), garbage);

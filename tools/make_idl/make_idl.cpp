@@ -5,11 +5,11 @@
 //   make_idl OUTPUT.idl
 //
 // Built for the machine that runs the build (it only prints text), also
-// when the library itself is cross-compiled; it links the identifiers only.
+// when the library itself is cross-compiled; it links the identifiers and
+// their text form only.
 #include <parcelvane/identifiers.h>
 #include <parcelvane/interfaces.h>
 
-#include <cstdio>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "src/server/dispatch_ids.h"
+#include "src/server/guid_text.h"
 
 namespace {
 
@@ -60,12 +61,10 @@ const std::vector<Class>& Classes() {
   return all;
 }
 
+// The GUID without its braces, as IDL writes it.
 std::string Uuid(const GUID& g) {
-  char text[37];
-  std::snprintf(text, sizeof text, "%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X",
-                static_cast<unsigned>(g.Data1), g.Data2, g.Data3, g.Data4[0], g.Data4[1], g.Data4[2], g.Data4[3],
-                g.Data4[4], g.Data4[5], g.Data4[6], g.Data4[7]);
-  return text;
+  std::string text = pv::GuidText(g);
+  return text.substr(1, text.size() - 2);
 }
 
 std::string Trim(const std::string& s) {
