@@ -44,6 +44,12 @@ std::string_view TrimRight(std::string_view s) {
 
 bool EqualsIgnoreCase(std::string_view a, std::string_view b) { return EqualsIgnoreCaseAscii(a, b); }
 
+// A key path is names separated by single "\": none of them empty.
+bool IsKeyPath(std::string_view path) {
+  return !path.empty() && path.front() != '\\' && path.back() != '\\' &&
+         path.find("\\\\") == std::string_view::npos;
+}
+
 }  // namespace
 
 std::string RegFile::SortKey(std::string_view path) {
@@ -168,7 +174,7 @@ bool RegFile::Parse(std::string_view text, std::string* error) {
       }
       joined = std::move(pending);
       pending.clear();
-      line = joined;
+      line = TrimRight(joined);
     }
     if (!haveHeader) {
       if (line.empty()) continue;
@@ -180,8 +186,11 @@ bool RegFile::Parse(std::string_view text, std::string* error) {
     if (line[0] == '[') {
       if (line.back() != ']' || line.size() < 3) return fail("a key line without its closing bracket");
       std::string_view path = line.substr(1, line.size() - 2);
-      if (path[0] == '-') {
-        parsed.DeleteTree(path.substr(1));
+      bool deletion = path[0] == '-';
+      if (deletion) path.remove_prefix(1);
+      if (!IsKeyPath(path)) return fail("a key name that is empty");
+      if (deletion) {
+        parsed.DeleteTree(path);
         current.clear();
         continue;
       }

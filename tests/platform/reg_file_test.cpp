@@ -102,6 +102,10 @@ TEST(RegFile, RefusesWhatIsNotAnExportAndStaysUnchanged) {
       "Windows Registry Editor Version 5.00\n[R]\n@=\"a\" trailing\n",
       "Windows Registry Editor Version 5.00\n[R]\n@=\n",
       "Windows Registry Editor Version 5.00\n[R]\n@=hex:01,\\\n",
+      "Windows Registry Editor Version 5.00\n[\\K]\n",
+      "Windows Registry Editor Version 5.00\n[K\\]\n",
+      "Windows Registry Editor Version 5.00\n[A\\\\B]\n",
+      "Windows Registry Editor Version 5.00\n[-]\n",
   };
   for (const char* text : bad) {
     RegFile file;
