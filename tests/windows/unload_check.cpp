@@ -33,6 +33,12 @@ void Check(bool ok, const char* what, HRESULT hr = S_OK) {
   ++g_failures;
 }
 
+HRESULT CanUnloadNow(HMODULE module) {
+  auto canUnload = reinterpret_cast<CanUnloadNowFn>(
+      reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow")));
+  return canUnload != nullptr ? canUnload() : E_FAIL;
+}
+
 // Creates a message, parses one with an attachment, walks to the decoded
 // attachment and releases everything.
 void UseObjects(HMODULE module) {
@@ -48,6 +54,8 @@ void UseObjects(HMODULE module) {
   hr = factory->CreateInstance(nullptr, kIID_IEMSMessageParser, reinterpret_cast<void**>(&msg));
   Check(SUCCEEDED(hr), "CreateInstance", hr);
   if (SUCCEEDED(hr)) {
+    hr = CanUnloadNow(module);
+    Check(hr == S_FALSE, "DllCanUnloadNow gives S_FALSE while an object lives", hr);
     BSTR text = ::SysAllocString(
         L"Subject: =?ISO-8859-1?Q?caf=E9?=\r\nMIME-Version: 1.0\r\n"
         L"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nhello\r\n"
@@ -85,12 +93,6 @@ void UseObjects(HMODULE module) {
     msg->Release();
   }
   factory->Release();
-}
-
-HRESULT CanUnloadNow(HMODULE module) {
-  auto canUnload = reinterpret_cast<CanUnloadNowFn>(
-      reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow")));
-  return canUnload != nullptr ? canUnload() : E_FAIL;
 }
 
 // Frees the module and checks that nothing pins it.
