@@ -52,6 +52,22 @@ bool IsPlainText(WStringView text) {
   return true;
 }
 
+// Whether a raw value, written between quotes, reads back as itself: the
+// parameter ends at ";", and a line break stays inside the field only as a
+// fold (followed by a blank).
+bool RawStandsQuoted(std::string_view raw) {
+  if (raw.find(';') != std::string_view::npos) return false;
+  for (size_t i = 0; i < raw.size(); ++i) {
+    if (raw[i] == '\r') {
+      if (i + 2 >= raw.size() || raw[i + 1] != '\n' || (raw[i + 2] != ' ' && raw[i + 2] != '\t')) return false;
+      ++i;
+    } else if (raw[i] == '\n') {
+      return false;
+    }
+  }
+  return true;
+}
+
 }  // namespace
 
 AttributeText SplitAttributeText(std::string_view text) {
@@ -130,6 +146,13 @@ HRESULT MimeAttribute::ParseSplit(const AttributeText& parts) {
 }
 
 HRESULT MimeAttribute::AppendAssembled(std::string* out) {
+  // A multipart body is cut at the boundary's raw value: a boundary that
+  // can stand between quotes as it is keeps that value, in the form it was
+  // read in, so that the output is cut where the tree was.
+  if (name_ == "boundary" && RawStandsQuoted(rawValue_)) {
+    out->append(name_).append(extended_ ? "*=\"" : "=\"").append(rawValue_).push_back('"');
+    return S_OK;
+  }
   HRESULT hr = EncodeDecodedValue();
   if (FAILED(hr)) return hr;
   out->append(name_).append("=\"").append(rawValue_).push_back('"');
@@ -180,22 +203,70 @@ void MimeAttribute::DecodeExtended(std::string_view unfolded) {
   PercentDecode(text, codePage_, &decodedValue_);
 }
 
+// The plain text when it reads back as the value, otherwise encoded words
+// in the value's code page, and, when that page cannot carry the value
+// either, UTF-8 words: what is written must read back as what was held.
 HRESULT MimeAttribute::EncodeDecodedValue() {
   rawValue_.clear();
-  std::string text;
   if (IsPlainText(decodedValue_)) {
-    text = WideToAnsi(decodedValue_);
+    std::string text = WideToAnsi(decodedValue_);
+    // U+0080 counts as plain and is written as the ANSI page gives it, on
+    // purpose, unless the value could not stand in quotes at all.
+    rawValue_ = FoldHeaderText(text, name_.size(), FoldLineBreak::kForgetBothCandidates);
+    if (ReadsBack() || (decodedValue_.find(OLECHAR(0x80)) != WString::npos && RawStandsQuoted(rawValue_))) {
+      return S_OK;
+    }
+    HRESULT hr = EncodeAsWords(codePage_, kHeaderEncodingB);
+    if (FAILED(hr) || ReadsBack()) return hr;
   } else {
-    // HeaderCodePage is left as the last decoding set it.
-    charset_->SetDefaultCodePage(codePage_);
-    charset_->SetDefaultEncoding(encoding_);
-    WString encoded;
-    HRESULT hr = charset_->Encode(decodedValue_, &encoded);
-    if (FAILED(hr)) return hr;
-    text = WideToAnsi(encoded);
+    HRESULT hr = EncodeAsWords(codePage_, encoding_);
+    if (FAILED(hr) || ReadsBack()) return hr;
   }
-  rawValue_ = FoldHeaderText(text, name_.size(), FoldLineBreak::kForgetBothCandidates);
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  HRESULT hr = EncodeAsWords(static_cast<LONG>(kCodePageUtf8), kHeaderEncodingB);
+  charset_->SetHeaderCodePage(headerCodePage);
+  if (FAILED(hr) || ReadsBack()) return hr;
+  // Words cannot carry a zero byte: the value's UTF-8 bytes as they are,
+  // which a parsed value decodes from its initial page, when they read back.
+  std::string words = std::move(rawValue_);
+  std::string bytes;
+  ToNarrow(kCodePageUtf8, decodedValue_, &bytes);
+  rawValue_ = FoldHeaderText(bytes, name_.size(), FoldLineBreak::kForgetBothCandidates);
+  if (!ReadsBack()) rawValue_ = std::move(words);
   return S_OK;
+}
+
+HRESULT MimeAttribute::EncodeAsWords(LONG codePage, LONG encoding) {
+  // HeaderCodePage is left as the last decoding set it.
+  charset_->SetDefaultCodePage(codePage);
+  charset_->SetDefaultEncoding(encoding);
+  WString encoded;
+  HRESULT hr = charset_->Encode(decodedValue_, &encoded);
+  if (FAILED(hr)) return hr;
+  rawValue_ = FoldHeaderText(WideToAnsi(encoded), name_.size(), FoldLineBreak::kForgetBothCandidates);
+  return S_OK;
+}
+
+// Whether the raw value, written between quotes, is read back whole and
+// decodes to the decoded value as a parsed attribute decodes it (from the
+// initial code page). The charset object's state is kept as the encoding
+// left it.
+bool MimeAttribute::ReadsBack() {
+  if (!RawStandsQuoted(rawValue_)) return false;
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  const LONG defaultCodePage = charset_->defaultCodePage();
+  const LONG encoding = charset_->defaultEncoding();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  charset_->SetDefaultCodePage(kAttributeDefaultCodePage);
+  WString back;
+  std::string unfolded = UnfoldHeaderText(rawValue_);
+  bool same = unfolded.empty() ? decodedValue_.empty()
+                               : SUCCEEDED(charset_->Decode(unfolded, &back)) && back == decodedValue_;
+  charset_->SetHeaderCodePage(headerCodePage);
+  charset_->SetDefaultCodePage(defaultCodePage);
+  charset_->SetDefaultEncoding(encoding);
+  return same;
 }
 
 // ---------------------------------------------------------------- interface

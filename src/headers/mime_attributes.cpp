@@ -143,7 +143,9 @@ HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {
       Bstr assembled;
       if (SUCCEEDED(entry.object->AssembleAttribute(assembled.put()))) text = WideToAnsi(assembled.view());
     }
-    if (text.empty()) continue;
+    // An entry without a name (what a parameter without "=" leaves) would
+    // read back as nothing, or as another entry: it is not written.
+    if (text.empty() || text.front() == '=') continue;
     ansiOut->append(";\r\n\t").append(text);
   }
   return S_OK;
