@@ -208,66 +208,80 @@ inline ComPtr<IEMSDataObject> DataFrom(std::string bytes) {
   return data;
 }
 
-// The invariant at message level (ParseObject, AssembleObject). Returns ""
-// when it holds, otherwise what broke it. `a1` receives A1 when given.
-inline std::string CheckMessage(std::string_view x, std::string* a1Out = nullptr) {
-  auto parse = [](IEMSDataObject* data, ComPtr<IEMSMessageParser>* message) {
+// Parsing, assembling and recording one kind of object: a message or a part.
+struct MessageLevel {
+  using Object = IEMSMessageParser;
+  static HRESULT Parse(IEMSDataObject* data, ComPtr<Object>* message) {
     PvCreateInstance(CLSID_EMSMessageParser, nullptr, IID_IEMSMessageParser, message->put_void());
     return (*message) ? (*message)->ParseObject(data) : E_FAIL;
-  };
-  auto assemble = [](IEMSMessageParser* message) {
+  }
+  static std::string Assemble(Object* message) {
     ComPtr<IEMSDataObject> out;
     message->AssembleObject(out.put());
     return SpanText(out.get());
-  };
-  ComPtr<IEMSMessageParser> first, second;
-  // Without bytes there is no buffer to parse: nothing to check.
-  if (parse(DataFrom(std::string(x)).get(), &first) != S_OK) return x.empty() ? "" : "x does not parse";
-  std::string a1 = assemble(first.get());
+  }
+  static Record Recorded(Object* message) { return RecordMessage(message); }
+  static void AddLineBreaks(Object* message) {
+    ComPtr<IEMSMimePart> root;
+    if (message->IsMimeMessage() == S_OK && SUCCEEDED(message->get_MimePart(root.put())) && root) {
+      AddWrittenLineBreaks(root.get());
+    }
+  }
+};
+
+struct PartLevel {
+  using Object = IEMSMimePart;
+  static HRESULT Parse(IEMSDataObject* data, ComPtr<Object>* part) {
+    PvCreateInstance(CLSID_EMSMimePart, nullptr, IID_IEMSMimePart, part->put_void());
+    return (*part) ? (*part)->ParsePartObject(data) : E_FAIL;
+  }
+  static std::string Assemble(Object* part) {
+    ComPtr<IEMSDataObject> out;
+    part->AssemblePartObject(out.put());
+    return SpanText(out.get());
+  }
+  static Record Recorded(Object* part) {
+    Record record;
+    RecordTree(part, &record);
+    return record;
+  }
+  static void AddLineBreaks(Object* part) { AddWrittenLineBreaks(part); }
+};
+
+// Returns "" when the invariant holds for x, otherwise what broke it. A1 goes
+// to `a1Out` when given. Input that does not parse has nothing to check,
+// except that a message parses from any bytes.
+template <class Level>
+std::string CheckLevel(std::string_view x, std::string* a1Out, bool mustParse) {
+  ComPtr<typename Level::Object> first, second;
+  if (Level::Parse(DataFrom(std::string(x)).get(), &first) != S_OK) {
+    // Without bytes there is no buffer to parse.
+    return mustParse && !x.empty() ? "x does not parse" : "";
+  }
+  std::string a1 = Level::Assemble(first.get());
   if (a1Out != nullptr) *a1Out = a1;
   if (a1.empty()) {
     // Nothing written: parse(x) must hold nothing either.
-    Record record = RecordMessage(first.get());
+    Record record = Level::Recorded(first.get());
     return record.size() == 1 && record[0] == "message plain body (none) " ? "" : "A1 is empty";
   }
-  if (parse(DataFrom(a1).get(), &second) != S_OK) return "A1 does not parse";
-  std::string a2 = assemble(second.get());
+  if (Level::Parse(DataFrom(a1).get(), &second) != S_OK) return "A1 does not parse";
+  std::string a2 = Level::Assemble(second.get());
   if (a2 != a1) return FirstByteDifference(a1, a2);
-  ComPtr<IEMSMimePart> root;
-  if (first->IsMimeMessage() == S_OK && SUCCEEDED(first->get_MimePart(root.put())) && root) {
-    AddWrittenLineBreaks(root.get());
-  }
-  std::string difference = FirstDifference(RecordMessage(first.get()), RecordMessage(second.get()));
+  Level::AddLineBreaks(first.get());
+  std::string difference = FirstDifference(Level::Recorded(first.get()), Level::Recorded(second.get()));
   if (!difference.empty()) return "parse(A1) reads differently from parse(x):\n" + difference;
   return std::string();
 }
 
-// The invariant at part level (ParsePartObject, AssemblePartObject). A span
-// that cannot be parsed as a part has nothing to check.
+// The invariant at message level (ParseObject, AssembleObject).
+inline std::string CheckMessage(std::string_view x, std::string* a1Out = nullptr) {
+  return CheckLevel<MessageLevel>(x, a1Out, true);
+}
+
+// The invariant at part level (ParsePartObject, AssemblePartObject).
 inline std::string CheckPart(std::string_view x, std::string* a1Out = nullptr) {
-  auto parse = [](IEMSDataObject* data, ComPtr<IEMSMimePart>* part) {
-    PvCreateInstance(CLSID_EMSMimePart, nullptr, IID_IEMSMimePart, part->put_void());
-    return (*part) ? (*part)->ParsePartObject(data) : E_FAIL;
-  };
-  auto assemble = [](IEMSMimePart* part) {
-    ComPtr<IEMSDataObject> out;
-    part->AssemblePartObject(out.put());
-    return SpanText(out.get());
-  };
-  ComPtr<IEMSMimePart> first, second;
-  if (parse(DataFrom(std::string(x)).get(), &first) != S_OK) return std::string();
-  std::string a1 = assemble(first.get());
-  if (a1Out != nullptr) *a1Out = a1;
-  if (parse(DataFrom(a1).get(), &second) != S_OK) return "A1 does not parse as a part";
-  std::string a2 = assemble(second.get());
-  if (a2 != a1) return FirstByteDifference(a1, a2);
-  Record before, after;
-  AddWrittenLineBreaks(first.get());
-  RecordTree(first.get(), &before);
-  RecordTree(second.get(), &after);
-  std::string difference = FirstDifference(before, after);
-  if (!difference.empty()) return "parse(A1) reads differently from parse(x):\n" + difference;
-  return std::string();
+  return CheckLevel<PartLevel>(x, a1Out, false);
 }
 
 }  // namespace pv::roundtrip

@@ -7,7 +7,7 @@
 
 #include "src/headers/mime_attribute.h"
 #include "tests/roundtrip/roundtrip_invariant.h"
-#include "tests/test_util.h"
+#include "tests/mime/mime_part_test_util.h"
 
 namespace pv::test {
 namespace {
@@ -15,40 +15,6 @@ namespace {
 using roundtrip::CheckMessage;
 using roundtrip::CheckPart;
 using roundtrip::SpanText;
-
-ComPtr<IEMSMimePart> ParsedPart(std::string_view bytes) {
-  auto part = Create<IEMSMimePart>(CLSID_EMSMimePart);
-  EXPECT_EQ(part->ParsePartObject(DataOf(bytes).get()), S_OK);
-  return part;
-}
-
-std::string AssembledPart(IEMSMimePart* part) {
-  ComPtr<IEMSDataObject> out;
-  EXPECT_EQ(part->AssemblePartObject(out.put()), S_OK);
-  return SpanText(out.get());
-}
-
-ComPtr<IEMSMimePart> ChildOf(IEMSMimePart* part, LONG index) {
-  ComPtr<IEMSMimeParts> list;
-  part->get_MimeParts(list.put());
-  ComPtr<IEMSMimePart> child;
-  if (list) list->get_Part(index, child.put());
-  return child;
-}
-
-LONG ChildCount(IEMSMimePart* part) {
-  ComPtr<IEMSMimeParts> list;
-  part->get_MimeParts(list.put());
-  LONG count = -1;
-  if (list) list->get_PartsCount(&count);
-  return count;
-}
-
-std::string BodyOf(IEMSMimePart* part) {
-  ComPtr<IEMSDataObject> body;
-  part->get_BodyObject(body.put());
-  return SpanText(body.get());
-}
 
 std::string BoundaryOf(IEMSMimePart* part) {
   ComPtr<IEMSMessageParameter> field;
@@ -60,15 +26,25 @@ std::string BoundaryOf(IEMSMimePart* part) {
   return U8(boundary);
 }
 
+// What an attribute of that name and decoded value writes.
+std::string AssembledAttribute(std::string_view name, std::string_view decoded) {
+  auto attribute = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+  EXPECT_EQ(attribute->put_Name(B(name).get()), S_OK);
+  EXPECT_EQ(attribute->put_DecodedValue(B(decoded).get()), S_OK);
+  Bstr text;
+  EXPECT_EQ(attribute->AssembleAttribute(text.put()), S_OK);
+  return U8(text);
+}
+
 // ---------------------------------------------------------------- the last child's line break
 TEST(WrittenReadsBack, NestedMessageAsLastPartKeepsItsFinalLineBreak) {
   const std::string x =
       "Content-Type: multipart/mixed; boundary=o\r\n\r\n--o\r\nContent-Type: text/plain\r\n\r\nfirst\r\n"
       "--o\r\nContent-Type: message/rfc822\r\n\r\nSubject: inner\r\n\r\nlast line\r\n\r\n--o--\r\n";
-  auto part = ParsedPart(x);
+  auto part = Parsed(x);
   ASSERT_EQ(ChildCount(part.get()), 2);
   EXPECT_EQ(BodyOf(ChildOf(part.get(), 1).get()), "Subject: inner\r\n\r\nlast line\r\n");
-  EXPECT_EQ(AssembledPart(part.get()),
+  EXPECT_EQ(Assembled(part.get()),
             "Content-Type: multipart/mixed;\r\n\tboundary=\"o\"\r\n\r\n--o\r\nContent-Type: text/plain\r\n\r\nfirst\r\n"
             "--o\r\nContent-Type: message/rfc822\r\n\r\nSubject: inner\r\n\r\nlast line\r\n\r\n--o--\r\n");
   EXPECT_EQ(CheckPart(x), "");
@@ -81,11 +57,11 @@ TEST(WrittenReadsBack, LastPartWithoutBodyIsNotLost) {
   const std::string x =
       "Content-Type: multipart/related; boundary=r\r\n\r\n--r\r\n\r\nhtml\r\n--r\r\nContent-Type: image/gif\r\n\r\n"
       "\r\n--r--\r\n";
-  auto part = ParsedPart(x);
+  auto part = Parsed(x);
   ASSERT_EQ(ChildCount(part.get()), 2);
-  const std::string a1 = AssembledPart(part.get());
+  const std::string a1 = Assembled(part.get());
   EXPECT_EQ(a1.substr(a1.size() - 43), "\r\n--r\r\nContent-Type: image/gif\r\n\r\n\r\n--r--\r\n");
-  EXPECT_EQ(ChildCount(ParsedPart(a1).get()), 2);
+  EXPECT_EQ(ChildCount(Parsed(a1).get()), 2);
   EXPECT_EQ(CheckPart(x), "");
 }
 
@@ -93,7 +69,7 @@ TEST(WrittenReadsBack, QuotedPrintableLastPartEndingInASpaceKeepsIt) {
   const std::string x =
       "Content-Type: multipart/mixed; boundary=q\r\n\r\n--q\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
       "ends in a space \r\n\r\n--q--\r\n";
-  EXPECT_EQ(BodyOf(ChildOf(ParsedPart(x).get(), 0).get()), "ends in a space \r\n");
+  EXPECT_EQ(BodyOf(ChildOf(Parsed(x).get(), 0).get()), "ends in a space \r\n");
   EXPECT_EQ(CheckPart(x), "");
 }
 
@@ -119,7 +95,7 @@ TEST(WrittenReadsBack, ChainedFieldWritesItsParametersAfterItsFirstLine) {
 
 TEST(WrittenReadsBack, ParameterWithoutEqualsIsNotWritten) {
   const std::string x = "Content-Type: text/x-be2; 12\r\nCOMMENT: robust\r\n\r\nbody";
-  EXPECT_EQ(AssembledPart(ParsedPart(x).get()), "Content-Type: text/x-be2\r\nCOMMENT: robust\r\n\r\nbody");
+  EXPECT_EQ(Assembled(Parsed(x).get()), "Content-Type: text/x-be2\r\nCOMMENT: robust\r\n\r\nbody");
   EXPECT_EQ(CheckPart(x), "");
 }
 
@@ -128,38 +104,29 @@ TEST(WrittenReadsBack, BoundaryKeepsTheRawFormItWasReadIn) {
   // delimiter occurs, so the part keeps its body, and so does its output.
   const std::string extended =
       "Content-Type: multipart/signed; boundary*=\"us-ascii''B\"\r\n\r\n--B\r\n\r\nx\r\n--B--\r\n";
-  EXPECT_EQ(AssembledPart(ParsedPart(extended).get()),
+  EXPECT_EQ(Assembled(Parsed(extended).get()),
             "Content-Type: multipart/signed;\r\n\tboundary*=\"us-ascii''B\"\r\n\r\n--B\r\n\r\nx\r\n--B--\r\n");
   EXPECT_EQ(CheckPart(extended), "");
   const std::string words =
       "Content-Type: multipart/mixed; boundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n--=?utf-8?Q?b?=--";
-  auto part = ParsedPart(words);
+  auto part = Parsed(words);
   EXPECT_EQ(ChildCount(part.get()), 1);
-  EXPECT_EQ(AssembledPart(part.get()),
+  EXPECT_EQ(Assembled(part.get()),
             "Content-Type: multipart/mixed;\r\n\tboundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n"
             "--=?utf-8?Q?b?=--\r\n");
   EXPECT_EQ(CheckPart(words), "");
 }
 
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
-  auto attribute = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
-  ASSERT_EQ(attribute->put_Name(B("filename").get()), S_OK);
-  ASSERT_EQ(attribute->put_DecodedValue(B("a;b.txt").get()), S_OK);
-  Bstr text;
-  ASSERT_EQ(attribute->AssembleAttribute(text.put()), S_OK);
-  EXPECT_EQ(U8(text), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
+  EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
   EXPECT_EQ(CheckPart(x), "");
 }
 
 TEST(WrittenReadsBack, ParameterValueWithALineBreakIsEncoded) {
-  auto attribute = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
-  ASSERT_EQ(attribute->put_Name(B("name").get()), S_OK);
-  ASSERT_EQ(attribute->put_DecodedValue(B("a\r\nX-Evil: 1").get()), S_OK);
-  Bstr text;
-  ASSERT_EQ(attribute->AssembleAttribute(text.put()), S_OK);
-  EXPECT_EQ(U8(text).find('\n'), std::string::npos);
-  EXPECT_EQ(U8(text), "name=\"=?utf-8?B?YQ0KWC1FdmlsOiAx?=\"");
+  EXPECT_EQ(AssembledAttribute("name", "a\r\nX-Evil: 1"), "name=\"=?utf-8?B?YQ0KWC1FdmlsOiAx?=\"");
+  // Plain text that reads back stays plain.
+  EXPECT_EQ(AssembledAttribute("name", "a b.txt"), "name=\"a b.txt\"");
 }
 
 TEST(WrittenReadsBack, ParameterValueWithAZeroIsWrittenAsItsBytes) {
@@ -190,25 +157,25 @@ TEST(WrittenReadsBack, MessageAndPartWithoutFieldsReadBack) {
 
 // ---------------------------------------------------------------- generated boundaries
 TEST(WrittenReadsBack, GeneratedBoundaryThatOccursInAChildIsGeneratedAgain) {
-  auto part = ParsedPart("Content-Type: text/plain\r\n\r\nhello");
+  auto part = Parsed("Content-Type: text/plain\r\n\r\nhello");
   ASSERT_EQ(part->ConvertToMultipart(10), S_OK);
   const std::string first = BoundaryOf(part.get());
   ASSERT_EQ(first.rfind("----=_NextPart_000_", 0), 0u);
   // The child now carries the delimiter line of its parent's boundary.
   const std::string smuggled = "--" + first + "\r\nContent-Type: application/x-evil\r\n\r\nevil\r\n";
   ChildOf(part.get(), 0)->put_BodyObject(DataOf(smuggled).get());
-  const std::string a1 = AssembledPart(part.get());
+  const std::string a1 = Assembled(part.get());
   const std::string second = BoundaryOf(part.get());
   EXPECT_NE(second, first);
   EXPECT_EQ(second.rfind("----=_NextPart_000_", 0), 0u);
   EXPECT_EQ(second.size(), first.size());
   EXPECT_NE(a1.find("boundary=\"" + second + "\""), std::string::npos);
   EXPECT_EQ(a1.find("boundary=\"" + first + "\""), std::string::npos);
-  auto again = ParsedPart(a1);
+  auto again = Parsed(a1);
   ASSERT_EQ(ChildCount(again.get()), 1);
   EXPECT_EQ(BodyOf(ChildOf(again.get(), 0).get()), smuggled);
   // The new boundary stays: a second assembly writes the same bytes.
-  EXPECT_EQ(AssembledPart(part.get()), a1);
+  EXPECT_EQ(Assembled(part.get()), a1);
 }
 
 TEST(WrittenReadsBack, ComposedTextCannotSmuggleAnAttachment) {
@@ -239,9 +206,9 @@ TEST(WrittenReadsBack, ComposedTextCannotSmuggleAnAttachment) {
 }
 
 TEST(WrittenReadsBack, GivenBoundaryIsNeverChanged) {
-  auto part = ParsedPart("Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nx\r\n--b--\r\n");
+  auto part = Parsed("Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nx\r\n--b--\r\n");
   ChildOf(part.get(), 0)->put_BodyObject(DataOf("--b\r\n\r\ny\r\n").get());
-  const std::string a1 = AssembledPart(part.get());
+  const std::string a1 = Assembled(part.get());
   EXPECT_EQ(a1, "Content-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n\r\n--b\r\n\r\ny\r\n\r\n--b--\r\n");
   EXPECT_EQ(BoundaryOf(part.get()), "b");
 }
