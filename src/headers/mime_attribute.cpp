@@ -227,14 +227,47 @@ HRESULT MimeAttribute::EncodeDecodedValue() {
   HRESULT hr = EncodeAsWords(static_cast<LONG>(kCodePageUtf8), kHeaderEncodingB);
   charset_->SetHeaderCodePage(headerCodePage);
   if (FAILED(hr) || ReadsBack()) return hr;
-  // Words cannot carry a zero byte: the value's UTF-8 bytes as they are,
-  // which a parsed value decodes from its initial page, when they read back.
+  // Words cannot carry a zero byte: text and words mixed, when they read back.
   std::string words = std::move(rawValue_);
-  std::string bytes;
-  ToNarrow(kCodePageUtf8, decodedValue_, &bytes);
-  rawValue_ = FoldHeaderText(bytes, name_.size(), FoldLineBreak::kForgetBothCandidates);
-  if (!ReadsBack()) rawValue_ = std::move(words);
-  return S_OK;
+  hr = EncodeAsTextAndWords();
+  if (FAILED(hr) || !ReadsBack()) rawValue_ = std::move(words);
+  return hr;
+}
+
+// The value's UTF-8 bytes, which a parsed value decodes from its initial
+// page, except that every ";", "=", CR and LF, with the blanks before it,
+// goes into a UTF-8 B word of its own: plain text carries what words cannot
+// (a zero character), words what would end or change the plain text.
+HRESULT MimeAttribute::EncodeAsTextAndWords() {
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  charset_->SetDefaultCodePage(static_cast<LONG>(kCodePageUtf8));
+  const WStringView value(decodedValue_);
+  std::string raw;
+  auto appendText = [&](WStringView text) {
+    std::string bytes;
+    ToNarrow(kCodePageUtf8, text, &bytes);
+    raw.append(bytes);
+  };
+  HRESULT hr = S_OK;
+  size_t textStart = 0;
+  for (size_t i = 0; i < value.size() && SUCCEEDED(hr); ++i) {
+    const OLECHAR c = value[i];
+    if (c != ';' && c != '=' && c != '\r' && c != '\n') continue;
+    // Blanks alone before a word would be dropped when read.
+    size_t wordStart = i;
+    while (wordStart > textStart && (value[wordStart - 1] == ' ' || value[wordStart - 1] == '\t')) --wordStart;
+    appendText(value.substr(textStart, wordStart - textStart));
+    charset_->SetDefaultEncoding(kHeaderEncodingB);
+    WString word;
+    hr = charset_->Encode(value.substr(wordStart, i + 1 - wordStart), &word);
+    raw.append(WideToAnsi(word));
+    textStart = i + 1;
+  }
+  appendText(value.substr(textStart));
+  charset_->SetHeaderCodePage(headerCodePage);
+  rawValue_ = std::move(raw);
+  return hr;
 }
 
 HRESULT MimeAttribute::EncodeAsWords(LONG codePage, LONG encoding) {

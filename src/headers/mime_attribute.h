@@ -73,6 +73,7 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
   HRESULT EncodeDecodedValue();
   // The decoded value as encoded words of this page and encoding, folded.
   HRESULT EncodeAsWords(LONG codePage, LONG encoding);
+  HRESULT EncodeAsTextAndWords();
   bool ReadsBack();
   void DecodeExtended(std::string_view unfolded);
 

@@ -31,6 +31,25 @@ const std::array<bool, 256> kSkippedBeforeParameter = MakeSkipTable();
 
 bool IsSkippedBeforeParameter(char c) { return kSkippedBeforeParameter[static_cast<unsigned char>(c)]; }
 
+// Whether a parameter written under this name reads back under it: the
+// parse skips blanks and specials in front of a name, ends it at the first
+// "=" or ";", trims blanks and strips a trailing "*", and a line break
+// inside a field must be a fold. What a parse leaves that is not such a
+// name (empty, or "x *" after the stars went) is not written.
+bool NameStands(std::string_view name) {
+  if (name.empty() || IsSkippedBeforeParameter(name.front())) return false;
+  if (name.back() == ' ' || name.back() == '\t' || name.back() == '*') return false;
+  for (size_t i = 0; i < name.size(); ++i) {
+    const char c = name[i];
+    if (c == '=' || c == ';' || c == '\n') return false;
+    if (c == '\r') {
+      if (i + 2 >= name.size() || name[i + 1] != '\n' || (name[i + 2] != ' ' && name[i + 2] != '\t')) return false;
+      ++i;
+    }
+  }
+  return true;
+}
+
 // A wide name as an attribute holds it: through the ANSI page.
 WString KeyOfWideName(WStringView name) { return AnsiToWide(WideToAnsi(name)); }
 
@@ -137,15 +156,16 @@ HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {
   for (const auto& [key, entry] : entries_) {
     text.clear();
     if (entry.own != nullptr) {
+      if (!NameStands(entry.own->name())) continue;
       HRESULT hr = entry.own->AppendAssembled(&text);
       if (hr == E_OUTOFMEMORY) return hr;
     } else {
+      Bstr name;
       Bstr assembled;
+      if (FAILED(entry.object->get_Name(name.put())) || !NameStands(WideToAnsi(name.view()))) continue;
       if (SUCCEEDED(entry.object->AssembleAttribute(assembled.put()))) text = WideToAnsi(assembled.view());
     }
-    // An entry without a name (what a parameter without "=" leaves) would
-    // read back as nothing, or as another entry: it is not written.
-    if (text.empty() || text.front() == '=') continue;
+    if (text.empty()) continue;
     ansiOut->append(";\r\n\t").append(text);
   }
   return S_OK;

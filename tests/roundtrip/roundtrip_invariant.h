@@ -86,9 +86,11 @@ inline void RecordFields(IEMSMessageParameters* list, const std::string& where, 
       if (!attribute) continue;
       Bstr attributeName, value;
       attribute->get_Name(attributeName.put());
-      // A parameter without "=" is read as an entry without a name or
-      // value; its text is gone with the parse, and the entry is not written.
-      if (attributeName.view().empty()) continue;
+      // An entry whose name would not read back as that name is not
+      // written: the entry a parameter without "=" leaves (no name), or a
+      // name the parse left ending in a blank ("x *" without its star).
+      WStringView name = attributeName.view();
+      if (name.empty() || name.back() == ' ' || name.back() == '\t') continue;
       attribute->get_DecodedValue(value.put());
       // A value of characters up to U+0080 is written as the ANSI page gives
       // it, on purpose: U+0080 itself does not survive.

@@ -99,6 +99,24 @@ TEST(WrittenReadsBack, ParameterWithoutEqualsIsNotWritten) {
   EXPECT_EQ(CheckPart(x), "");
 }
 
+TEST(WrittenReadsBack, ParameterWhoseNameWouldNotReadBackIsNotWritten) {
+  // "x *" loses its star to the parse and keeps the blank: written, it
+  // would read back as "x".
+  const std::string x = "Content-Type: text/plain; x *=1; y=2\r\n\r\nbody";
+  EXPECT_EQ(Assembled(Parsed(x).get()), "Content-Type: text/plain;\r\n\ty=\"2\"\r\n\r\nbody");
+  EXPECT_EQ(CheckPart(x), "");
+  // A host's name that would end the parameter or open a new one.
+  auto list = Create<IEMSMimeAttributes>(CLSID_EMSMimeAttributes);
+  for (const char* name : {"a;b", "a=b", "\"q", "a\r\nX-Evil", "z"}) {
+    ComPtr<IEMSMimeAttribute> attribute;
+    ASSERT_EQ(list->CreateAttribute(B(name).get(), attribute.put()), S_OK);
+    attribute->put_DecodedValue(B("v").get());
+  }
+  Bstr text;
+  ASSERT_EQ(list->AssembleAttributes(text.put()), S_OK);
+  EXPECT_EQ(U8(text), ";\r\n\tz=\"v\"");
+}
+
 TEST(WrittenReadsBack, BoundaryKeepsTheRawFormItWasReadIn) {
   // The body is cut at the raw value, here the whole extended form: no
   // delimiter occurs, so the part keeps its body, and so does its output.
