@@ -53,20 +53,8 @@ bool IsPlainText(WStringView text) {
 }
 
 // Whether a raw value, written between quotes, reads back as itself: the
-// parameter ends at ";", and a line break stays inside the field only as a
-// fold (followed by a blank).
-bool RawStandsQuoted(std::string_view raw) {
-  if (raw.find(';') != std::string_view::npos) return false;
-  for (size_t i = 0; i < raw.size(); ++i) {
-    if (raw[i] == '\r') {
-      if (i + 2 >= raw.size() || raw[i + 1] != '\n' || (raw[i + 2] != ' ' && raw[i + 2] != '\t')) return false;
-      ++i;
-    } else if (raw[i] == '\n') {
-      return false;
-    }
-  }
-  return true;
-}
+// parameter ends at ";", and the field at a line feed that is not a fold.
+bool RawStandsQuoted(std::string_view raw) { return raw.find(';') == std::string_view::npos && StaysInField(raw); }
 
 }  // namespace
 

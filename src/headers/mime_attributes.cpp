@@ -3,6 +3,7 @@
 #include <array>
 #include <iterator>
 
+#include "src/headers/header_text.h"
 #include "src/headers/mime_char_class.h"
 #include "src/platform/codepage.h"
 #include "src/server/creators.h"
@@ -33,21 +34,13 @@ bool IsSkippedBeforeParameter(char c) { return kSkippedBeforeParameter[static_ca
 
 // Whether a parameter written under this name reads back under it: the
 // parse skips blanks and specials in front of a name, ends it at the first
-// "=" or ";", trims blanks and strips a trailing "*", and a line break
-// inside a field must be a fold. What a parse leaves that is not such a
+// "=" or ";", trims blanks and strips a trailing "*", and the field ends at
+// a line feed that is not a fold. What a parse leaves that is not such a
 // name (empty, or "x *" after the stars went) is not written.
 bool NameStands(std::string_view name) {
   if (name.empty() || IsSkippedBeforeParameter(name.front())) return false;
-  if (name.back() == ' ' || name.back() == '\t' || name.back() == '*') return false;
-  for (size_t i = 0; i < name.size(); ++i) {
-    const char c = name[i];
-    if (c == '=' || c == ';' || c == '\n') return false;
-    if (c == '\r') {
-      if (i + 2 >= name.size() || name[i + 1] != '\n' || (name[i + 2] != ' ' && name[i + 2] != '\t')) return false;
-      ++i;
-    }
-  }
-  return true;
+  if (IsBlank(name.back()) || name.back() == '*') return false;
+  return name.find_first_of("=;") == std::string_view::npos && StaysInField(name);
 }
 
 // A wide name as an attribute holds it: through the ANSI page.
