@@ -34,13 +34,17 @@ bool IsSkippedBeforeParameter(char c) { return kSkippedBeforeParameter[static_ca
 
 // Whether a parameter written under this name reads back under it: the
 // parse skips blanks and specials in front of a name, ends it at the first
-// "=" or ";", trims blanks and strips a trailing "*", and the field ends at
-// a line feed that is not a fold. What a parse leaves that is not such a
-// name (empty, or "x *" after the stars went) is not written.
+// "=" or ";", trims blanks and strips a trailing "*"; a name is a token, and
+// one holding control characters (line breaks, zeros) does not keep its
+// place among the others. What a parse leaves that is not such a name
+// (empty, "x *" after the stars went, control characters) is not written.
 bool NameStands(std::string_view name) {
   if (name.empty() || IsSkippedBeforeParameter(name.front())) return false;
   if (IsBlank(name.back()) || name.back() == '*') return false;
-  return name.find_first_of("=;") == std::string_view::npos && StaysInField(name);
+  for (char c : name) {
+    if (c == '=' || c == ';' || (HasCharClass(static_cast<unsigned char>(c), kCharControl) && c != '\t')) return false;
+  }
+  return true;
 }
 
 // A wide name as an attribute holds it: through the ANSI page.

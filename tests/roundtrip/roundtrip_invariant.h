@@ -87,10 +87,13 @@ inline void RecordFields(IEMSMessageParameters* list, const std::string& where, 
       Bstr attributeName, value;
       attribute->get_Name(attributeName.put());
       // An entry whose name would not read back as that name is not
-      // written: the entry a parameter without "=" leaves (no name), or a
-      // name the parse left ending in a blank ("x *" without its star).
+      // written: the entry a parameter without "=" leaves (no name), a name
+      // the parse left ending in a blank ("x *" without its star), a name
+      // holding control characters.
       WStringView name = attributeName.view();
-      if (name.empty() || name.back() == ' ' || name.back() == '\t') continue;
+      bool controls = false;
+      for (OLECHAR c : name) controls = controls || (c < 0x20 && c != '\t') || c == 0x7F;
+      if (name.empty() || name.back() == ' ' || name.back() == '\t' || controls) continue;
       attribute->get_DecodedValue(value.put());
       // A value of characters up to U+0080 is written as the ANSI page gives
       // it, on purpose: U+0080 itself does not survive.
