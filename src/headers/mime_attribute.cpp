@@ -239,18 +239,25 @@ HRESULT MimeAttribute::EncodeAsTextAndWords() {
   };
   HRESULT hr = S_OK;
   size_t textStart = 0;
-  for (size_t i = 0; i < value.size() && SUCCEEDED(hr); ++i) {
+  auto appendWord = [&](size_t begin, size_t end) {
+    charset_->SetDefaultEncoding(kHeaderEncodingB);
+    WString word;
+    hr = charset_->Encode(value.substr(begin, end - begin), &word);
+    raw.append(WideToAnsi(word));
+    textStart = end;
+  };
+  auto isBlank = [](OLECHAR c) { return c == ' ' || c == '\t'; };
+  // Blanks that open the text would be skipped when read.
+  while (textStart < value.size() && isBlank(value[textStart])) ++textStart;
+  if (textStart > 0) appendWord(0, textStart);
+  for (size_t i = textStart; i < value.size() && SUCCEEDED(hr); ++i) {
     const OLECHAR c = value[i];
     if (c != ';' && c != '=' && c != '\r' && c != '\n') continue;
     // Blanks alone before a word would be dropped when read.
     size_t wordStart = i;
-    while (wordStart > textStart && (value[wordStart - 1] == ' ' || value[wordStart - 1] == '\t')) --wordStart;
+    while (wordStart > textStart && isBlank(value[wordStart - 1])) --wordStart;
     appendText(value.substr(textStart, wordStart - textStart));
-    charset_->SetDefaultEncoding(kHeaderEncodingB);
-    WString word;
-    hr = charset_->Encode(value.substr(wordStart, i + 1 - wordStart), &word);
-    raw.append(WideToAnsi(word));
-    textStart = i + 1;
+    appendWord(wordStart, i + 1);
   }
   appendText(value.substr(textStart));
   charset_->SetHeaderCodePage(headerCodePage);

@@ -157,6 +157,15 @@ TEST(WrittenReadsBack, ParameterValueWithAZeroIsWrittenAsItsBytes) {
   EXPECT_EQ(ImplOf<MimeAttribute>(attribute.get())->rawValue(), std::string("\0\xC3\xA9", 3));
 }
 
+TEST(WrittenReadsBack, ValueThatNoRunOfWordsCarriesReadsBack) {
+  // Blanks first (skipped in front of text), zeros that a word would have to
+  // begin with, and a "=" (which plain text cannot hold before "?").
+  std::string zeros;
+  for (int i = 0; i < 60; ++i) zeros += "%00";
+  const std::string x = "Content-Type: text/plain; title*=utf-8''%20%20x" + zeros + "%3D?y\r\n\r\nbody";
+  EXPECT_EQ(CheckPart(x), "");
+}
+
 TEST(WrittenReadsBack, PlainValueOf128StaysPlainOnPurpose) {
   auto attribute = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
   ASSERT_EQ(attribute->put_Name(B("name").get()), S_OK);
