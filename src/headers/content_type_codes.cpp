@@ -181,7 +181,7 @@ std::string MakeBoundary(LONG n, int64_t seconds, int32_t firstDraw, int32_t sec
   static const char kDigits[] = "0123456789ABCDEF";
   // Digits of a negative n are taken by magnitude, so the index stays in the table.
   auto digit = [](LONG value) { return kDigits[value < 0 ? -value : value]; };
-  std::string b = "----=_NextPart_";
+  std::string b(kGeneratedBoundaryPrefix);
   b.push_back(digit((n / 10) % 10));
   b.push_back(digit((n / 10) % 10));
   b.push_back(digit(n % 10));

@@ -83,6 +83,9 @@ bool EndsContentToken(unsigned char c);
 // its 9 lowest hexadecimal digits lowest first, ".", and the 9 lowest
 // hexadecimal digits of the two random draws' product, lowest first.
 std::string MakeBoundary(LONG n, int64_t seconds, int32_t firstDraw, int32_t secondDraw);
+// How every boundary MakeBoundary gives begins, and its length.
+constexpr std::string_view kGeneratedBoundaryPrefix = "----=_NextPart_";
+constexpr size_t kGeneratedBoundaryLength = 43;
 
 }  // namespace pv
 

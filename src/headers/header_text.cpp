@@ -105,6 +105,13 @@ std::string_view TrimLeadingBlanks(std::string_view text) {
   return text.substr(i);
 }
 
+bool StaysInField(std::string_view text) {
+  for (size_t lf = text.find('\n'); lf != std::string_view::npos; lf = text.find('\n', lf + 1)) {
+    if (lf + 1 >= text.size() || !IsBlank(text[lf + 1])) return false;
+  }
+  return true;
+}
+
 std::string_view TrimBlanks(std::string_view text) {
   text = TrimLeadingBlanks(text);
   size_t end = text.size();

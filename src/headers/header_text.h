@@ -37,6 +37,10 @@ ParameterSplit SplitParameters(std::string_view text);
 // Whether a field name begins with "Content-" (ASCII case folding).
 bool IsContentFieldName(std::string_view name);
 
+// Whether text stays within one header field when written: a line feed
+// ends a field unless a blank follows it (a fold).
+bool StaysInField(std::string_view text);
+
 // Trimming helpers on narrow text.
 inline bool IsBlank(char c) { return c == ' ' || c == '\t'; }
 inline bool IsLineBreakChar(char c) { return c == '\r' || c == '\n'; }

@@ -141,11 +141,20 @@ WString MessageParameter::AssembledAttributes() {
   return WString(text.view());
 }
 
+// A "Content-" value that ends in a line-break byte kept it only because a
+// ";" followed it (a parsed line loses its trailing ones): the ";" is
+// written again, so that the value reads back whole.
+std::string MessageParameter::ValueLine(const std::string& value) const {
+  std::string line = name_ + ": " + value;
+  if (!value.empty() && IsLineBreakChar(value.back()) && IsContentField()) line.push_back(';');
+  return line;
+}
+
 std::string MessageParameter::HeaderLines() const {
   std::string lines;
   for (const std::string& value : values_) {
     if (!lines.empty()) lines.append("\r\n");
-    lines.append(name_).append(": ").append(value);
+    lines.append(ValueLine(value));
   }
   return lines;
 }
@@ -206,10 +215,20 @@ void MessageParameter::FinishChaining() {
   RefreshDecodedText();
 }
 
-void MessageParameter::AssembleParts(std::string* lines, WString* parameters) {
+// The parameters follow the first line: they came with the first
+// occurrence, and a later occurrence written after them would take them
+// over when the block is read back (each occurrence is read with the
+// parameters on its own line).
+void MessageParameter::AssembleParts(std::string* lines, WString* parameters, std::string* laterLines) {
   *parameters = AssembledAttributes();
   *lines = HeaderLines();
-  if (!values_.empty()) return;
+  laterLines->clear();
+  if (!values_.empty()) {
+    const size_t firstEnd = ValueLine(values_.front()).size();
+    *laterLines = lines->substr(firstEnd);
+    lines->resize(firstEnd);
+    return;
+  }
   // A field without values still writes a proper line when it has a
   // content state or parameters to write.
   std::string state;
@@ -226,8 +245,9 @@ HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
   return Guard([&] {
     std::string lines;
     WString parameters;
-    AssembleParts(&lines, &parameters);
-    return ReturnBstr(AnsiToWide(lines) + parameters, pVal);
+    std::string laterLines;
+    AssembleParts(&lines, &parameters, &laterLines);
+    return ReturnBstr(AnsiToWide(lines) + parameters + AnsiToWide(laterLines), pVal);
   });
 }
 
@@ -475,6 +495,11 @@ HRESULT MessageParameter::CreateBoundary(LONG n, BSTR* pVal) {
     Bstr boundary(WidenAscii(MakeBoundary(n, CurrentTimeSeconds(), first, second)));
     if (boundary.is_null()) return E_OUTOFMEMORY;
     put_Boundary(boundary.get());
+    // Remembered as it reads back, so that a later Boundary put of another
+    // value makes the boundary the caller's.
+    std::string stored;
+    generatedBoundary_ = SUCCEEDED(BoundaryNarrow(&stored)) ? stored : std::string();
+    generatedN_ = n;
     if (pVal != nullptr) *pVal = boundary.detach();
     return S_OK;
   });
@@ -629,8 +654,9 @@ HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {
 HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {
   return Guard([&] {
     WString parameters;
-    AssembleParts(out, &parameters);
-    out->append(WideToAnsi(parameters));
+    std::string laterLines;
+    AssembleParts(out, &parameters, &laterLines);
+    out->append(WideToAnsi(parameters)).append(laterLines);
     return S_OK;
   });
 }
@@ -658,6 +684,18 @@ HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
     *out = WideToAnsi(value.view());
     return S_OK;
   });
+}
+
+bool MessageParameter::HasGeneratedBoundary() {
+  if (generatedBoundary_.empty()) return false;
+  std::string boundary;
+  return SUCCEEDED(BoundaryNarrow(&boundary)) && boundary == generatedBoundary_;
+}
+
+HRESULT MessageParameter::RegenerateBoundary(std::string* out) {
+  HRESULT hr = CreateBoundary(generatedN_, nullptr);
+  if (FAILED(hr)) return hr;
+  return BoundaryNarrow(out);
 }
 
 }  // namespace pv

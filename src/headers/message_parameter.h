@@ -55,6 +55,13 @@ class MessageParameter final
   HRESULT SetContentTypeNarrow(std::string_view ansiText);
   // The "boundary" parameter's raw value; E_FAIL when there is none.
   HRESULT BoundaryNarrow(std::string* out);
+  // Whether the boundary is the one CreateBoundary last made here, not one
+  // that came with a parsed value or was set since. Only such a boundary
+  // may be made anew when it occurs in what it delimits.
+  bool HasGeneratedBoundary();
+  // CreateBoundary again, with the `n` of the last call: the generator's
+  // next value. The new boundary goes to `out`.
+  HRESULT RegenerateBoundary(std::string* out);
 
   const std::string& name() const { return name_; }
   const std::vector<std::string>& values() const { return values_; }
@@ -102,8 +109,10 @@ class MessageParameter final
   WString AssembledAttributes();
   // One line per value: the name, ": " and the value.
   std::string HeaderLines() const;
-  // What AssembleHeader writes: the lines, then the parameters.
-  void AssembleParts(std::string* lines, WString* parameters);
+  std::string ValueLine(const std::string& value) const;
+  // What AssembleHeader writes: the first line, the parameters, then the
+  // lines of the later values (each beginning with "\r\n").
+  void AssembleParts(std::string* lines, WString* parameters, std::string* laterLines);
   // Decodes the first `count` values into the decoded text, updating the
   // default code page and encoding value by value.
   void RefreshDecodedText(size_t count);
@@ -120,6 +129,9 @@ class MessageParameter final
   LONG defaultCodePage_;
   LONG defaultEncoding_ = 0;
   ContentState content_;
+  // The last boundary CreateBoundary made, and its `n`.
+  std::string generatedBoundary_;
+  LONG generatedN_ = 0;
   // How many values the field held before the last deferred chaining.
   size_t valuesBeforeLastChain_ = 0;
   bool chainPending_ = false;

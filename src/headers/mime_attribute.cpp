@@ -52,6 +52,10 @@ bool IsPlainText(WStringView text) {
   return true;
 }
 
+// Whether a raw value, written between quotes, reads back as itself: the
+// parameter ends at ";", and the field at a line feed that is not a fold.
+bool RawStandsQuoted(std::string_view raw) { return raw.find(';') == std::string_view::npos && StaysInField(raw); }
+
 }  // namespace
 
 AttributeText SplitAttributeText(std::string_view text) {
@@ -130,6 +134,13 @@ HRESULT MimeAttribute::ParseSplit(const AttributeText& parts) {
 }
 
 HRESULT MimeAttribute::AppendAssembled(std::string* out) {
+  // A multipart body is cut at the boundary's raw value: a boundary that
+  // can stand between quotes as it is keeps that value, in the form it was
+  // read in, so that the output is cut where the tree was.
+  if (name_ == "boundary" && RawStandsQuoted(rawValue_)) {
+    out->append(name_).append(extended_ ? "*=\"" : "=\"").append(rawValue_).push_back('"');
+    return S_OK;
+  }
   HRESULT hr = EncodeDecodedValue();
   if (FAILED(hr)) return hr;
   out->append(name_).append("=\"").append(rawValue_).push_back('"');
@@ -180,22 +191,110 @@ void MimeAttribute::DecodeExtended(std::string_view unfolded) {
   PercentDecode(text, codePage_, &decodedValue_);
 }
 
+// The plain text when it reads back as the value, otherwise encoded words
+// in the value's code page, and, when that page cannot carry the value
+// either, UTF-8 words: what is written must read back as what was held.
 HRESULT MimeAttribute::EncodeDecodedValue() {
   rawValue_.clear();
-  std::string text;
   if (IsPlainText(decodedValue_)) {
-    text = WideToAnsi(decodedValue_);
+    std::string text = WideToAnsi(decodedValue_);
+    // U+0080 counts as plain and is written as the ANSI page gives it, on
+    // purpose, unless the value could not stand in quotes at all.
+    rawValue_ = FoldHeaderText(text, name_.size(), FoldLineBreak::kForgetBothCandidates);
+    if (ReadsBack() || (decodedValue_.find(OLECHAR(0x80)) != WString::npos && RawStandsQuoted(rawValue_))) {
+      return S_OK;
+    }
+    HRESULT hr = EncodeAsWords(codePage_, kHeaderEncodingB);
+    if (FAILED(hr) || ReadsBack()) return hr;
   } else {
-    // HeaderCodePage is left as the last decoding set it.
-    charset_->SetDefaultCodePage(codePage_);
-    charset_->SetDefaultEncoding(encoding_);
-    WString encoded;
-    HRESULT hr = charset_->Encode(decodedValue_, &encoded);
-    if (FAILED(hr)) return hr;
-    text = WideToAnsi(encoded);
+    HRESULT hr = EncodeAsWords(codePage_, encoding_);
+    if (FAILED(hr) || ReadsBack()) return hr;
   }
-  rawValue_ = FoldHeaderText(text, name_.size(), FoldLineBreak::kForgetBothCandidates);
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  HRESULT hr = EncodeAsWords(static_cast<LONG>(kCodePageUtf8), kHeaderEncodingB);
+  charset_->SetHeaderCodePage(headerCodePage);
+  if (FAILED(hr) || ReadsBack()) return hr;
+  // Words cannot carry a zero byte: text and words mixed, when they read back.
+  std::string words = std::move(rawValue_);
+  hr = EncodeAsTextAndWords();
+  if (FAILED(hr) || !ReadsBack()) rawValue_ = std::move(words);
+  return hr;
+}
+
+// The value's UTF-8 bytes, which a parsed value decodes from its initial
+// page, except that every ";", "=", CR and LF, with the blanks before it,
+// goes into a UTF-8 B word of its own: plain text carries what words cannot
+// (a zero character), words what would end or change the plain text.
+HRESULT MimeAttribute::EncodeAsTextAndWords() {
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  charset_->SetDefaultCodePage(static_cast<LONG>(kCodePageUtf8));
+  const WStringView value(decodedValue_);
+  std::string raw;
+  auto appendText = [&](WStringView text) {
+    std::string bytes;
+    ToNarrow(kCodePageUtf8, text, &bytes);
+    raw.append(bytes);
+  };
+  HRESULT hr = S_OK;
+  size_t textStart = 0;
+  auto appendWord = [&](size_t begin, size_t end) {
+    charset_->SetDefaultEncoding(kHeaderEncodingB);
+    WString word;
+    hr = charset_->Encode(value.substr(begin, end - begin), &word);
+    raw.append(WideToAnsi(word));
+    textStart = end;
+  };
+  auto isBlank = [](OLECHAR c) { return c == ' ' || c == '\t'; };
+  // Blanks that open the text would be skipped when read.
+  while (textStart < value.size() && isBlank(value[textStart])) ++textStart;
+  if (textStart > 0) appendWord(0, textStart);
+  for (size_t i = textStart; i < value.size() && SUCCEEDED(hr); ++i) {
+    const OLECHAR c = value[i];
+    if (c != ';' && c != '=' && c != '\r' && c != '\n') continue;
+    // Blanks alone before a word would be dropped when read.
+    size_t wordStart = i;
+    while (wordStart > textStart && isBlank(value[wordStart - 1])) --wordStart;
+    appendText(value.substr(textStart, wordStart - textStart));
+    appendWord(wordStart, i + 1);
+  }
+  appendText(value.substr(textStart));
+  charset_->SetHeaderCodePage(headerCodePage);
+  rawValue_ = std::move(raw);
+  return hr;
+}
+
+HRESULT MimeAttribute::EncodeAsWords(LONG codePage, LONG encoding) {
+  // HeaderCodePage is left as the last decoding set it.
+  charset_->SetDefaultCodePage(codePage);
+  charset_->SetDefaultEncoding(encoding);
+  WString encoded;
+  HRESULT hr = charset_->Encode(decodedValue_, &encoded);
+  if (FAILED(hr)) return hr;
+  rawValue_ = FoldHeaderText(WideToAnsi(encoded), name_.size(), FoldLineBreak::kForgetBothCandidates);
   return S_OK;
+}
+
+// Whether the raw value, written between quotes, is read back whole and
+// decodes to the decoded value as a parsed attribute decodes it (from the
+// initial code page). The charset object's state is kept as the encoding
+// left it.
+bool MimeAttribute::ReadsBack() {
+  if (!RawStandsQuoted(rawValue_)) return false;
+  const LONG headerCodePage = charset_->storedHeaderCodePage();
+  const LONG defaultCodePage = charset_->defaultCodePage();
+  const LONG encoding = charset_->defaultEncoding();
+  charset_->SetHeaderCodePage(kCodePageUnset);
+  charset_->SetDefaultCodePage(kAttributeDefaultCodePage);
+  WString back;
+  std::string unfolded = UnfoldHeaderText(rawValue_);
+  bool same = unfolded.empty() ? decodedValue_.empty()
+                               : SUCCEEDED(charset_->Decode(unfolded, &back)) && back == decodedValue_;
+  charset_->SetHeaderCodePage(headerCodePage);
+  charset_->SetDefaultCodePage(defaultCodePage);
+  charset_->SetDefaultEncoding(encoding);
+  return same;
 }
 
 // ---------------------------------------------------------------- interface

@@ -71,6 +71,10 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
   // RawValue into DecodedValue, and DecodedValue into RawValue.
   HRESULT DecodeRawValue();
   HRESULT EncodeDecodedValue();
+  // The decoded value as encoded words of this page and encoding, folded.
+  HRESULT EncodeAsWords(LONG codePage, LONG encoding);
+  HRESULT EncodeAsTextAndWords();
+  bool ReadsBack();
   void DecodeExtended(std::string_view unfolded);
 
   // Kept for the attribute's life: the page of the last encoded word that

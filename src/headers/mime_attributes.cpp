@@ -3,6 +3,7 @@
 #include <array>
 #include <iterator>
 
+#include "src/headers/header_text.h"
 #include "src/headers/mime_char_class.h"
 #include "src/platform/codepage.h"
 #include "src/server/creators.h"
@@ -30,6 +31,21 @@ std::array<bool, 256> MakeSkipTable() {
 const std::array<bool, 256> kSkippedBeforeParameter = MakeSkipTable();
 
 bool IsSkippedBeforeParameter(char c) { return kSkippedBeforeParameter[static_cast<unsigned char>(c)]; }
+
+// Whether a parameter written under this name reads back under it: the
+// parse skips blanks and specials in front of a name, ends it at the first
+// "=" or ";", trims blanks and strips a trailing "*"; a name is a token, and
+// one holding control characters (line breaks, zeros) does not keep its
+// place among the others. What a parse leaves that is not such a name
+// (empty, "x *" after the stars went, control characters) is not written.
+bool NameStands(std::string_view name) {
+  if (name.empty() || IsSkippedBeforeParameter(name.front())) return false;
+  if (IsBlank(name.back()) || name.back() == '*') return false;
+  for (char c : name) {
+    if (c == '=' || c == ';' || (HasCharClass(static_cast<unsigned char>(c), kCharControl) && c != '\t')) return false;
+  }
+  return true;
+}
 
 // A wide name as an attribute holds it: through the ANSI page.
 WString KeyOfWideName(WStringView name) { return AnsiToWide(WideToAnsi(name)); }
@@ -137,10 +153,13 @@ HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {
   for (const auto& [key, entry] : entries_) {
     text.clear();
     if (entry.own != nullptr) {
+      if (!NameStands(entry.own->name())) continue;
       HRESULT hr = entry.own->AppendAssembled(&text);
       if (hr == E_OUTOFMEMORY) return hr;
     } else {
+      Bstr name;
       Bstr assembled;
+      if (FAILED(entry.object->get_Name(name.put())) || !NameStands(WideToAnsi(name.view()))) continue;
       if (SUCCEEDED(entry.object->AssembleAttribute(assembled.put()))) text = WideToAnsi(assembled.view());
     }
     if (text.empty()) continue;

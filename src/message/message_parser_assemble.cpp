@@ -18,8 +18,11 @@ void MessageParser::AssembleBytes(std::string* out) {
   if (plainBody_) {
     DataBytes bytes;
     std::string_view body = SpanOf(plainBody_.get(), &bytes);
-    out->reserve(out->size() + 2 + body.size());
-    out->append("\r\n").append(body);  // the blank line after the header block
+    out->reserve(out->size() + 4 + body.size());
+    // The blank line after the header block; without any field before it,
+    // the output begins with "\r\n\r\n" so that it reads back as no fields.
+    if (out->empty()) out->append("\r\n");
+    out->append("\r\n").append(body);
     return;
   }
   if (!root_) return;

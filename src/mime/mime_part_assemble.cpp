@@ -2,12 +2,17 @@
 // BodyObject getter. The whole tree goes into one output text, in one walk
 // with a stack of its own; building each level's bytes from its children's
 // would copy the innermost bytes once per level.
+#include <algorithm>
+#include <cstddef>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "src/data/data_access.h"
 #include "src/headers/content_type_codes.h"
+#include "src/headers/message_parameter.h"
 #include "src/mime/mime_part.h"
 #include "src/mime/mime_part_fields.h"
 #include "src/mime/mime_parts.h"
@@ -28,15 +33,21 @@ class PartTreeWriter {
  public:
   explicit PartTreeWriter(std::string* out) : out_(out) {}
 
+  // A boundary the library generated must not occur in what it delimits,
+  // or the output would read back as other parts: the tree is written, and
+  // when such a boundary occurs in its children's bytes it is replaced by
+  // the generator's next value and the tree written again. Boundaries that
+  // came with the message or from the host stay as they are.
   HRESULT Write(MimePart* root, bool withHeaders, bool* hasBody) {
-    out_->reserve(out_->size() + EstimatedSize(root));
-    HRESULT hr = Enter(root, withHeaders, hasBody);
-    if (FAILED(hr)) return hr;
-    while (!frames_.empty()) {
-      hr = Step();
+    const size_t base = out_->size();
+    out_->reserve(base + EstimatedSize(root));
+    for (int round = 0;; ++round) {
+      generated_.clear();
+      HRESULT hr = WriteOnce(root, withHeaders, hasBody);
       if (FAILED(hr)) return hr;
+      if (round == kMaxRewrites || !ReplaceOccurringBoundaries(base)) return S_OK;
+      out_->resize(base);
     }
-    return S_OK;
   }
 
  private:
@@ -47,8 +58,83 @@ class PartTreeWriter {
     LONG count;
     LONG next;
     bool childWritten;
+    // Whether the child just written was a multipart built from its own
+    // children, so that its bytes end with its closing delimiter line.
+    bool childClosed;
+    // Where the child just written began in the output.
+    size_t childStart;
     std::string delimiter;
+    // The entry of `generated_` for this part's body, or -1.
+    long generated;
   };
+
+  // A body written between generated delimiters: [begin, end) of the
+  // output, holding `count` + 1 delimiters of its own.
+  struct GeneratedBody {
+    ComPtr<MessageParameter> field;
+    std::string boundary;
+    size_t begin;
+    size_t end;
+    LONG count;
+  };
+
+  // Each rewrite replaces every generated boundary that occurs in its
+  // children with one that occurs nowhere in the output, so the second
+  // write is already clean; the bound only guards against the unforeseen.
+  static constexpr int kMaxRewrites = 4;
+
+  HRESULT WriteOnce(MimePart* root, bool withHeaders, bool* hasBody) {
+    HRESULT hr = Enter(root, withHeaders, hasBody);
+    if (FAILED(hr)) return hr;
+    while (!frames_.empty()) {
+      hr = Step();
+      if (FAILED(hr)) return hr;
+    }
+    return S_OK;
+  }
+
+  // Every generated-format boundary that a "--" in the output [base, end)
+  // introduces, with its positions in order. One pass over the output.
+  std::unordered_map<std::string_view, std::vector<size_t>> GeneratedDelimiters(size_t base) const {
+    std::unordered_map<std::string_view, std::vector<size_t>> found;
+    const std::string_view text(*out_);
+    const std::string pattern = "--" + std::string(kGeneratedBoundaryPrefix);
+    for (size_t at = text.find(pattern, base); at != std::string_view::npos; at = text.find(pattern, at + 1)) {
+      if (at + 2 + kGeneratedBoundaryLength > text.size()) break;
+      found[text.substr(at + 2, kGeneratedBoundaryLength)].push_back(at);
+    }
+    return found;
+  }
+
+  // Gives every generated boundary that occurs in its children's bytes the
+  // generator's next value that occurs nowhere in the output and is no
+  // other part's. True when one was replaced.
+  bool ReplaceOccurringBoundaries(size_t base) {
+    if (generated_.empty()) return false;
+    const auto found = GeneratedDelimiters(base);
+    std::unordered_set<std::string> taken;
+    for (const GeneratedBody& body : generated_) taken.insert(body.boundary);
+    bool replaced = false;
+    std::unordered_set<MessageParameter*> done;
+    for (const GeneratedBody& body : generated_) {
+      auto positions = found.find(body.boundary);
+      if (positions == found.end() || done.count(body.field.get()) != 0) continue;
+      const std::vector<size_t>& at = positions->second;
+      auto first = std::lower_bound(at.begin(), at.end(), body.begin);
+      auto last = std::lower_bound(at.begin(), at.end(), body.end);
+      if (last - first <= static_cast<std::ptrdiff_t>(body.count) + 1) continue;  // its own delimiters only
+      done.insert(body.field.get());
+      std::string next;
+      for (int draw = 0; draw < kMaxDraws; ++draw) {
+        if (FAILED(body.field->RegenerateBoundary(&next))) break;
+        if (found.count(next) == 0 && taken.count(next) == 0) break;
+      }
+      taken.insert(next);
+      replaced = true;
+    }
+    return replaced;
+  }
+  static constexpr int kMaxDraws = 1024;
 
   // Writes the part's header block (when asked), then its stored body, or
   // the first delimiter line of a body built from its children, whose
@@ -68,21 +154,30 @@ class PartTreeWriter {
     }
     LONG count = 0;
     std::string delimiter;
-    HRESULT hr = OpenMultipart(part, &count, &delimiter);
+    ComPtr<MessageParameter> generatedBy;
+    HRESULT hr = OpenMultipart(part, &count, &delimiter, &generatedBy);
     if (FAILED(hr)) return hr;
     if (withHeaders) WriteHeaders(part);
     if (delimiter.empty()) return S_OK;
+    long generated = -1;
+    if (generatedBy) {
+      generated = static_cast<long>(generated_.size());
+      generated_.push_back({generatedBy, delimiter.substr(2), out_->size(), 0, count});
+    }
     out_->append(delimiter).append("\r\n");  // no preamble
     *hasBody = true;
-    frames_.push_back({ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, delimiter});
+    frames_.push_back(
+        {ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, false, 0, delimiter, generated});
     onPath_.insert(part);
     return S_OK;
   }
 
   // The delimiter of a body built from the children, or none (empty) when
   // the part has no children, is not a multipart, or has no boundary even
-  // after one was asked for.
-  static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter) {
+  // after one was asked for. `generatedBy` receives the field when the
+  // library generated its boundary (now or before) and may replace it.
+  static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter,
+                               ComPtr<MessageParameter>* generatedBy) {
     *count = PartsCountOf(part->parts());
     if (*count == 0) return S_OK;
     ComPtr<IEMSMessageParameter> type = FieldByName(part->headers(), "Content-Type");
@@ -102,8 +197,12 @@ class PartTreeWriter {
         if (hr == E_OUTOFMEMORY) return hr;
         boundary = BoundaryOf(field.get());
       }
+      type = field;
     }
-    if (!boundary.empty()) *delimiter = "--" + boundary;
+    if (boundary.empty()) return S_OK;
+    *delimiter = "--" + boundary;
+    ComPtr<MessageParameter> own = ImplOf<MessageParameter>(type.get());
+    if (own && own->HasGeneratedBoundary()) *generatedBy = own;
     return S_OK;
   }
 
@@ -111,6 +210,9 @@ class PartTreeWriter {
     std::string block;
     if (FAILED(HeaderBlockText(part->headers(), &block))) block.clear();
     // The list ends every field with "\r\n"; this one makes the empty line.
+    // An output that would begin with it alone gets the line break that no
+    // field wrote: the header block ends at the first "\r\n\r\n".
+    if (out_->empty() && block.empty()) out_->append("\r\n");
     out_->append(block).append("\r\n");
   }
 
@@ -147,19 +249,30 @@ class PartTreeWriter {
   HRESULT Step() {
     Frame& frame = frames_.back();
     if (frame.childWritten) {
-      if (!EndsWithLineBreak(*out_)) out_->append("\r\n");
+      // The parse keeps the line break before an ordinary delimiter in the
+      // child but takes the one before the closing delimiter as the
+      // delimiter's own: the last child gets one of its own, so that it
+      // reads back with the bytes it was written with. A child that wrote
+      // nothing, or a multipart child that ends with its own closing
+      // delimiter, reads back the same without it.
+      const bool ownBreak = frame.next >= frame.count && !frame.childClosed && out_->size() > frame.childStart;
+      if (ownBreak || !EndsWithLineBreak(*out_)) out_->append("\r\n");
       out_->append(frame.delimiter);
       frame.childWritten = false;
     }
     if (frame.next >= frame.count) {
       out_->append("--\r\n");  // the closing delimiter line; no epilogue
+      if (frame.generated >= 0) generated_[static_cast<size_t>(frame.generated)].end = out_->size();
       onPath_.erase(frame.part.get());
       frames_.pop_back();
+      if (!frames_.empty()) frames_.back().childClosed = true;
       return S_OK;
     }
     const LONG index = frame.next++;
     if (index > 0) out_->append("\r\n");
     frame.childWritten = true;
+    frame.childClosed = false;
+    frame.childStart = out_->size();
     ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), index);
     // `frame` may move from here on: Enter can grow the stack.
     if (!child) return S_OK;  // a missing child writes nothing; its delimiters stay
@@ -179,6 +292,7 @@ class PartTreeWriter {
   std::string* out_;
   std::vector<Frame> frames_;
   std::unordered_set<MimePart*> onPath_;
+  std::vector<GeneratedBody> generated_;
 };
 
 }  // namespace

@@ -1,6 +1,8 @@
 // The charset database as data: the names and pages the platform's
-// database answers for with its latest MIME charset list. Aliases that it
-// does not resolve (latin1, utf8, cp1252, ...) are deliberately absent.
+// database answers for with its latest MIME charset list, then the names
+// that the classes root's MIME database adds (euc-kr, windows-874, latin1,
+// ...), as the lookup on Windows reads both. Aliases that neither knows
+// (utf8, cp1252, ...) are deliberately absent.
 #include "src/platform/charset_table.h"
 
 #include <algorithm>
@@ -85,6 +87,132 @@ constexpr CharsetName kNames[] = {
     {"x-mac-turkish", 10081},
 };
 
+// Names that only the classes root's MIME database lists, each with the
+// internet encoding listed there, or for a name listed as an alias, the
+// answer for the name it stands for. Consulted after kNames, so no name of
+// kNames changes its answer. Sorted like kNames.
+constexpr CharsetName kRegistryNames[] = {
+    {"_autodetect_kr", 50949},
+    {"_iso-2022-jp$esc", 50221},
+    {"_iso-2022-jp$sio", 50222},
+    {"ansi_x3.4-1968", 28591},  // as iso-8859-1
+    {"ansi_x3.4-1986", 28591},  // as iso-8859-1
+    {"arabic", 28596},  // as iso-8859-6
+    {"asmo-708", 708},
+    {"chinese", 936},  // as gb2312
+    {"cn-gb", 936},  // as gb2312
+    {"cp1256", 1256},  // as windows-1256
+    {"cp367", 28591},  // as iso-8859-1
+    {"cp819", 28591},  // as iso-8859-1
+    {"cp852", 852},  // as ibm852
+    {"csascii", 28591},  // as iso-8859-1
+    {"csbig5", 950},  // as big5
+    {"cseuckr", 949},  // as ks_c_5601-1987
+    {"cseucpkdfmtjapanese", 51932},  // as euc-jp
+    {"csgb2312", 936},  // as gb2312
+    {"csiso2022kr", 50225},  // as iso-2022-kr
+    {"csiso58gb231280", 936},  // as gb2312
+    {"csisolatin1", 1252},  // as windows-1252
+    {"csisolatin2", 28592},  // as iso-8859-2
+    {"csisolatin4", 28594},  // as iso-8859-4
+    {"csisolatin5", 28599},  // as iso-8859-9
+    {"csisolatinarabic", 28596},  // as iso-8859-6
+    {"csisolatincyrillic", 28595},  // as iso-8859-5
+    {"csisolatingreek", 28597},  // as iso-8859-7
+    {"csisolatinhebrew", 28598},  // as iso-8859-8
+    {"cskoi8r", 20866},  // as koi8-r
+    {"csksc56011987", 949},  // as ks_c_5601-1987
+    {"csshiftjis", 932},  // as shift_jis
+    {"csunicode11utf7", 65000},  // as utf-7
+    {"cswindows31j", 932},  // as shift_jis
+    {"cyrillic", 28595},  // as iso-8859-5
+    {"dos-720", 720},
+    {"dos-874", 874},
+    {"ecma-114", 28596},  // as iso-8859-6
+    {"ecma-118", 28597},  // as iso-8859-7
+    {"elot_928", 28597},  // as iso-8859-7
+    {"euc-kr", 949},
+    {"extended_unix_code_packed_format_for_japanese", 51932},  // as euc-jp
+    {"gb_2312-80", 936},  // as gb2312
+    {"greek", 28597},  // as iso-8859-7
+    {"greek8", 28597},  // as iso-8859-7
+    {"hebrew", 28598},  // as iso-8859-8
+    {"ibm367", 28591},  // as iso-8859-1
+    {"ibm819", 28591},  // as iso-8859-1
+    {"ibm866", 866},
+    {"iso-2022-kr", 50225},
+    {"iso-8859-11", 874},  // as windows-874
+    {"iso-8859-8 visual", 28598},  // as iso-8859-8
+    {"iso-8859-8-i", 38598},
+    {"iso-ir-100", 28591},  // as iso-8859-1
+    {"iso-ir-101", 28592},  // as iso-8859-2
+    {"iso-ir-110", 28594},  // as iso-8859-4
+    {"iso-ir-111", 28594},  // as iso-8859-4
+    {"iso-ir-126", 28597},  // as iso-8859-7
+    {"iso-ir-127", 28596},  // as iso-8859-6
+    {"iso-ir-138", 28598},  // as iso-8859-8
+    {"iso-ir-144", 28595},  // as iso-8859-5
+    {"iso-ir-148", 28599},  // as iso-8859-9
+    {"iso-ir-149", 949},  // as ks_c_5601-1987
+    {"iso-ir-58", 936},  // as gb2312
+    {"iso-ir-6", 28591},  // as iso-8859-1
+    {"iso646-us", 28591},  // as iso-8859-1
+    {"iso8859-1", 28591},  // as iso-8859-1
+    {"iso8859-2", 28592},  // as iso-8859-2
+    {"iso_646.irv:1991", 28591},  // as iso-8859-1
+    {"iso_8859-1", 28591},  // as iso-8859-1
+    {"iso_8859-1:1987", 28591},  // as iso-8859-1
+    {"iso_8859-2", 28592},  // as iso-8859-2
+    {"iso_8859-2:1987", 28592},  // as iso-8859-2
+    {"iso_8859-4", 28594},  // as iso-8859-4
+    {"iso_8859-4:1988", 28594},  // as iso-8859-4
+    {"iso_8859-5", 28595},  // as iso-8859-5
+    {"iso_8859-5:1988", 28595},  // as iso-8859-5
+    {"iso_8859-6", 28596},  // as iso-8859-6
+    {"iso_8859-6:1987", 28596},  // as iso-8859-6
+    {"iso_8859-7", 28597},  // as iso-8859-7
+    {"iso_8859-7:1987", 28597},  // as iso-8859-7
+    {"iso_8859-8", 28598},  // as iso-8859-8
+    {"iso_8859-8:1988", 28598},  // as iso-8859-8
+    {"iso_8859-9", 28599},  // as iso-8859-9
+    {"iso_8859-9:1989", 28599},  // as iso-8859-9
+    {"koi", 20866},  // as koi8-r
+    {"koi8-ru", 21866},
+    {"korean", 949},  // as ks_c_5601-1987
+    {"ks_c_5601", 949},  // as ks_c_5601-1987
+    {"ks_c_5601-1989", 949},  // as ks_c_5601-1987
+    {"ksc5601", 949},  // as ks_c_5601-1987
+    {"ksc_5601", 949},  // as ks_c_5601-1987
+    {"l1", 1252},  // as windows-1252
+    {"l2", 28592},  // as iso-8859-2
+    {"l4", 28594},  // as iso-8859-4
+    {"l5", 28599},  // as iso-8859-9
+    {"latin1", 28591},  // as iso-8859-1
+    {"latin2", 28592},  // as iso-8859-2
+    {"latin4", 28594},  // as iso-8859-4
+    {"latin5", 28599},  // as iso-8859-9
+    {"logical", 1255},  // as windows-1255
+    {"ms_kanji", 932},  // as shift_jis
+    {"shift-jis", 932},  // as shift_jis
+    {"unicode-1-1-utf-7", 65000},  // as utf-7
+    {"unicode-1-1-utf-8", 65001},  // as utf-8
+    {"unicode-2-0-utf-8", 65001},  // as utf-8
+    {"unicodefffe", 1201},
+    {"us", 28591},  // as iso-8859-1
+    {"visual", 28598},  // as iso-8859-8
+    {"windows-874", 874},
+    {"x-ansi", 1252},  // as windows-1252
+    {"x-cp1250", 1250},  // as windows-1250
+    {"x-cp1251", 1251},  // as windows-1251
+    {"x-euc", 51932},  // as euc-jp
+    {"x-euc-jp", 51932},  // as euc-jp
+    {"x-ms-cp932", 932},  // as shift_jis
+    {"x-sjis", 932},  // as shift_jis
+    {"x-unicode-2-0-utf-7", 65000},  // as utf-7
+    {"x-unicode-2-0-utf-8", 65001},  // as utf-8
+    {"x-x-big5", 950},  // as big5
+};
+
 // Sorted by code page. Some pages share a name; 932 is named for headers
 // by its mail form, iso-2022-jp.
 constexpr CodePageName kPages[] = {
@@ -162,8 +290,8 @@ constexpr CodePageName kPages[] = {
     {65001, "utf-8"},
 };
 
-// The longest name the table holds; longer names are unknown at once.
-constexpr size_t kLongestName = 15;
+// The longest name the tables hold; longer names are unknown at once.
+constexpr size_t kLongestName = 45;
 
 int CompareLowered(std::string_view a, std::string_view b) {
   size_t n = std::min(a.size(), b.size());
@@ -176,17 +304,20 @@ int CompareLowered(std::string_view a, std::string_view b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
+const CharsetName* FindName(const CharsetName* begin, const CharsetName* end, std::string_view name) {
+  const CharsetName* it = std::lower_bound(
+      begin, end, name, [](const CharsetName& e, std::string_view n) { return CompareLowered(e.name, n) < 0; });
+  return it == end || CompareLowered(it->name, name) != 0 ? nullptr : it;
+}
+
 }  // namespace
 
 LONG CharsetToCodePageNumber(std::string_view name) {
   name = name.substr(0, name.find('\0'));
   if (name.empty() || name.size() > kLongestName) return -1;
-  const CharsetName* end = CharsetNamesEnd();
-  const CharsetName* it =
-      std::lower_bound(CharsetNamesBegin(), end, name,
-                       [](const CharsetName& e, std::string_view n) { return CompareLowered(e.name, n) < 0; });
-  if (it == end || CompareLowered(it->name, name) != 0) return -1;
-  return it->codePage;
+  const CharsetName* found = FindName(CharsetNamesBegin(), CharsetNamesEnd(), name);
+  if (found == nullptr) found = FindName(RegistryCharsetNamesBegin(), RegistryCharsetNamesEnd(), name);
+  return found == nullptr ? -1 : found->codePage;
 }
 
 LONG CharsetToCodePageNumber(WStringView name) {
@@ -227,6 +358,8 @@ bool IsStatefulCodePage(LONG codePage) {
 
 const CharsetName* CharsetNamesBegin() { return kNames; }
 const CharsetName* CharsetNamesEnd() { return kNames + sizeof kNames / sizeof kNames[0]; }
+const CharsetName* RegistryCharsetNamesBegin() { return kRegistryNames; }
+const CharsetName* RegistryCharsetNamesEnd() { return kRegistryNames + sizeof kRegistryNames / sizeof kRegistryNames[0]; }
 const CodePageName* CodePageNamesBegin() { return kPages; }
 const CodePageName* CodePageNamesEnd() { return kPages + sizeof kPages / sizeof kPages[0]; }
 

@@ -41,6 +41,9 @@ bool IsStatefulCodePage(LONG codePage);
 // Every entry, in lookup order (for tests and tools).
 const CharsetName* CharsetNamesBegin();
 const CharsetName* CharsetNamesEnd();
+// The names only the classes root's MIME database lists, with their answers.
+const CharsetName* RegistryCharsetNamesBegin();
+const CharsetName* RegistryCharsetNamesEnd();
 const CodePageName* CodePageNamesBegin();
 const CodePageName* CodePageNamesEnd();
 

@@ -112,8 +112,15 @@ TEST_F(HeaderCharsetTest, CharsetToCodePageAnswersTheInternetEncoding) {
 
 TEST_F(HeaderCharsetTest, CharsetToCodePageOfAnUnknownNameIsMinusOne) {
   EXPECT_EQ(CodePageOf("x-unknown"), -1);
-  EXPECT_EQ(CodePageOf("latin1"), -1);
+  EXPECT_EQ(CodePageOf("cp1252"), -1);
   EXPECT_EQ(CodePageOf("utf8"), -1);
+}
+
+TEST_F(HeaderCharsetTest, CharsetToCodePageKnowsTheNamesOfTheMimeDatabase) {
+  EXPECT_EQ(CodePageOf("euc-kr"), 949);
+  EXPECT_EQ(CodePageOf("csEUCKR"), 949);
+  EXPECT_EQ(CodePageOf("latin1"), 28591);
+  EXPECT_EQ(CodePageOf("windows-874"), 874);
 }
 
 TEST_F(HeaderCharsetTest, CharsetToCodePageOfAnEmptyNameIsMinusOne) {

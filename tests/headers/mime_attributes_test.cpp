@@ -223,7 +223,19 @@ TEST_F(MimeAttributesTest, SemicolonInsideQuotesEndsTheParameter) {
   // "b\"" holds no "=": an attribute with an empty name and value.
   EXPECT_EQ(Names(), (std::vector<std::string>{"", "c", "name"}));
   EXPECT_EQ(RawOf(Find("name").get()), "a");
-  EXPECT_EQ(Assemble(), ";\r\n\t=\"\";\r\n\tc=\"d\";\r\n\tname=\"a\"");
+  // The entry without a name would read back as nothing: it is not written.
+  EXPECT_EQ(Assemble(), ";\r\n\tc=\"d\";\r\n\tname=\"a\"");
+}
+
+TEST_F(MimeAttributesTest, EntriesWithoutANameAreNotWritten) {
+  EXPECT_EQ(Parse("; 12; a=1"), S_OK);
+  EXPECT_EQ(Names(), (std::vector<std::string>{"", "a"}));
+  EXPECT_EQ(Assemble(), ";\r\n\ta=\"1\"");
+  EXPECT_EQ(Parse("; 12"), S_OK);
+  EXPECT_EQ(Count(), 1);
+  BSTR untouched = nullptr;
+  EXPECT_EQ(l_->AssembleAttributes(&untouched), S_OK);
+  EXPECT_EQ(untouched, nullptr);
 }
 
 TEST_F(MimeAttributesTest, TextWithoutEqualsYieldsAnEmptyAttribute) {

@@ -11,10 +11,20 @@ TEST(MessageAssemble, AParsedPlainMessageAssemblesToItsFieldsABlankLineAndItsBod
   EXPECT_EQ(Assembled(message.get()), text);
 }
 
-TEST(MessageAssemble, AnEmptyHeaderListAndAPlainBodyGiveALineBreakAndTheBody) {
+// The header block ends at the first "\r\n\r\n": with no field before it the
+// blank line alone would not end it, so the output begins with both.
+TEST(MessageAssemble, AnEmptyHeaderListAndAPlainBodyGiveTheEmptyHeaderBlockAndTheBody) {
   auto message = NewMessage();
   message->put_BodyObject(DataOf("just a body").get());
-  EXPECT_EQ(Assembled(message.get()), "\r\njust a body");
+  EXPECT_EQ(Assembled(message.get()), "\r\n\r\njust a body");
+}
+
+TEST(MessageAssemble, AMessageWithoutFieldsReadsBackAsItWas) {
+  auto message = ParsedMessage("\r\n\r\n\r\nFrom: not a field\r\n\r\nbody");
+  EXPECT_EQ(Assembled(message.get()), "\r\n\r\n\r\nFrom: not a field\r\n\r\nbody");
+  auto again = ParsedMessage(Assembled(message.get()));
+  EXPECT_EQ(FieldNames(HeadersOf(again.get()).get()), "");
+  EXPECT_EQ(Assembled(again.get()), Assembled(message.get()));
 }
 
 TEST(MessageAssemble, AMessageWithoutBodyOrRootPartGivesItsFieldsOnly) {
@@ -70,7 +80,7 @@ TEST(MessageAssemble, ChangesMadeAfterTheParseShowInTheAssembly) {
 TEST(MessageAssemble, AssemblyAddsNoFieldOfItsOwn) {
   auto message = NewMessage();
   message->put_Body(B("text").get());
-  EXPECT_EQ(Assembled(message.get()), "\r\ntext");
+  EXPECT_EQ(Assembled(message.get()), "\r\n\r\ntext");
 }
 
 TEST(MessageAssemble, AnAssembledMessageParsesBackToTheSameMessage) {

@@ -142,15 +142,15 @@ TEST(MessageCompose, ANonAsciiAttachmentNameComesBackDecoded) {
 
 // ---------------------------------------------------------------- what the multipart framing changes
 // A child keeps the line break before the next delimiter, the closing
-// delimiter takes the one before it, and the writer adds a line break only
-// where a child lacks one. So a last part written as it stands (7bit) loses
-// a final line break, and a quoted-printable part (whose line breaks are
-// written "=0D=0A") followed by another gains one.
-TEST(MessageCompose, ASevenBitLastPartLosesItsFinalLineBreak) {
+// delimiter takes the one before it, and the writer gives the last child a
+// line break of its own for that. So a last part written as it stands
+// (7bit) keeps its final line break, and a quoted-printable part (whose
+// line breaks are written "=0D=0A") followed by another gains one.
+TEST(MessageCompose, ASevenBitLastPartKeepsItsFinalLineBreak) {
   auto message = NewMessage();
   ASSERT_EQ(message->put_TextBody(B("text\r\n").get()), S_OK);
   ASSERT_EQ(message->put_HTMLBody(B("<p>last</p>\r\n").get()), S_OK);
-  EXPECT_EQ(Text(Reparsed(message.get()).get(), &IEMSMessageParser::get_HTMLBody), "<p>last</p>");
+  EXPECT_EQ(Text(Reparsed(message.get()).get(), &IEMSMessageParser::get_HTMLBody), "<p>last</p>\r\n");
 }
 
 TEST(MessageCompose, AQuotedPrintablePartBeforeAnotherGainsALineBreak) {

@@ -253,8 +253,8 @@ TEST(MessageUuencode, ABlockInAPlainBodyBecomesAnAttachment) {
   EXPECT_EQ(PartField(attachment.get(), "Content-Transfer-Encoding"), "x-uuencode");
   EXPECT_EQ(DispositionOf(attachment.get()), "attachment");
   EXPECT_EQ(AttachNameOf(attachment.get()), "notes.txt");
-  // The last child of the reassembled body loses its final line break.
-  EXPECT_EQ(PartBody(attachment.get()), "#86)C");
+  // The encoded line with its line break, as the block holds it.
+  EXPECT_EQ(PartBody(attachment.get()), "#86)C\r\n");
   EXPECT_EQ(DecodedBytes(attachment.get()), "abc");
   EXPECT_EQ(Text(message.get(), &IEMSMessageParser::get_TextBody), "Hello\r\nBye\r\n");
 }

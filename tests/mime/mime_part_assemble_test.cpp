@@ -56,7 +56,28 @@ TEST(BodyObjectGet, PartWithNeitherLeavesTheResultPlaceAsItWas) {
 
 TEST(BodyObjectGet, ChildrenAreWrittenBetweenDelimiterLines) {
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {"A\r\n", "B\r\n"});
-  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\nA\r\n--b\r\n\r\nB\r\n--b--\r\n");
+  // The last child gets a line break of its own before the closing
+  // delimiter: the parse takes that one as the delimiter's, so B keeps its.
+  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\nA\r\n--b\r\n\r\nB\r\n\r\n--b--\r\n");
+}
+
+TEST(BodyObjectGet, LastChildReadsBackWithItsOwnBytes) {
+  auto part = BuiltMultipart("multipart/mixed; boundary=b", {"A\r\n", "B\r\n"});
+  auto again = NewPart();
+  ASSERT_EQ(again->ParsePartObject(DataOf("Content-Type: multipart/mixed; boundary=b\r\n\r\n" +
+                                          BodyOf(part.get())).get()),
+            S_OK);
+  ASSERT_EQ(ChildCount(again.get()), 2);
+  EXPECT_EQ(BodyOf(ChildOf(again.get(), 0).get()), "A\r\n");
+  EXPECT_EQ(BodyOf(ChildOf(again.get(), 1).get()), "B\r\n");
+}
+
+TEST(BodyObjectGet, LastMultipartChildEndsWithItsOwnClosingDelimiter) {
+  auto inner = BuiltMultipart("multipart/alternative; boundary=c", {"a"});
+  auto part = BuiltMultipart("multipart/mixed; boundary=b", {});
+  PartsOf(part.get())->AddPart(inner.get());
+  EXPECT_EQ(BodyOf(part.get()),
+            "--b\r\nContent-Type: multipart/alternative;\r\n\tboundary=\"c\"\r\n\r\n--c\r\n\r\na\r\n--c--\r\n--b--\r\n");
 }
 
 TEST(BodyObjectGet, ChildNotEndingInALineBreakGetsOne) {
@@ -67,7 +88,9 @@ TEST(BodyObjectGet, ChildNotEndingInALineBreakGetsOne) {
 TEST(BodyObjectGet, ChildWithoutBodyWritesItsHeaderBlockOnly) {
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {});
   PartsOf(part.get())->AddPart(NewPart().get());
-  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\n--b--\r\n");
+  // Its empty line, then the last child's own line break: it reads back as
+  // a child without fields or body.
+  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\n\r\n--b--\r\n");
 }
 
 TEST(BodyObjectGet, MultipartWithoutChildrenAndWithoutBodyHasNone) {
@@ -134,9 +157,12 @@ TEST(BodyObjectGet, MissingChildOfAListWritesOnlyItsDelimiters) {
 TEST(BodyObjectGet, ChildOfAnotherImplementationIsAssembledThroughItsInterface) {
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {"x"});
   auto foreign = MakeForeign<ForeignPart>();
+  ComPtr<IEMSMessageParameter> field;
+  foreign->inner->CreateHeader(B("X-A").get(), field.put());
+  field->put_RawData(B("1").get());
   foreign->inner->put_BodyObject(DataOf("from elsewhere").get());
   PartsOf(part.get())->AddPart(foreign.get());
-  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\nx\r\n--b\r\n\r\nfrom elsewhere\r\n--b--\r\n");
+  EXPECT_EQ(BodyOf(part.get()), "--b\r\n\r\nx\r\n--b\r\nX-A: 1\r\n\r\nfrom elsewhere\r\n--b--\r\n");
   EXPECT_EQ(foreign->calls, 1);
 }
 
@@ -152,7 +178,7 @@ TEST(BodyObjectGet, ChildrenOfANonMultipartChildAreNotWritten) {
   auto inner = BuiltMultipart("text/plain", {"hidden"});
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {});
   PartsOf(part.get())->AddPart(inner.get());
-  EXPECT_EQ(BodyOf(part.get()), "--b\r\nContent-Type: text/plain\r\n\r\n--b--\r\n");
+  EXPECT_EQ(BodyOf(part.get()), "--b\r\nContent-Type: text/plain\r\n\r\n\r\n--b--\r\n");
 }
 
 // ---------------------------------------------------------------- AssemblePartObject
@@ -160,11 +186,23 @@ TEST(AssemblePartObject, MissingResultPlaceIsAPointerError) {
   EXPECT_EQ(NewPart()->AssemblePartObject(nullptr), E_POINTER);
 }
 
-TEST(AssemblePartObject, PartWithoutFieldsIsTheEmptyLineAndTheBody) {
+// The header block ends at the first "\r\n\r\n": without a field before it,
+// the empty line alone would not end it, so the output begins with both.
+TEST(AssemblePartObject, PartWithoutFieldsBeginsWithTheEmptyHeaderBlock) {
   auto part = NewPart();
   part->put_BodyObject(DataOf("body").get());
-  EXPECT_EQ(Assembled(part.get()), "\r\nbody");
-  EXPECT_EQ(Assembled(NewPart().get()), "\r\n");
+  EXPECT_EQ(Assembled(part.get()), "\r\n\r\nbody");
+  EXPECT_EQ(Assembled(NewPart().get()), "\r\n\r\n");
+}
+
+TEST(AssemblePartObject, PartWithoutFieldsReadsBackAsItWas) {
+  auto part = NewPart();
+  part->put_BodyObject(DataOf("\r\nA: 1\r\n\r\nbody").get());
+  auto again = NewPart();
+  ASSERT_EQ(again->ParsePartObject(DataOf(Assembled(part.get())).get()), S_OK);
+  EXPECT_EQ(FieldCount(again.get()), 0);
+  EXPECT_EQ(BodyOf(again.get()), "\r\nA: 1\r\n\r\nbody");
+  EXPECT_EQ(NewPart()->ParsePartObject(DataOf(Assembled(NewPart().get())).get()), S_OK);
 }
 
 TEST(AssemblePartObject, HeaderBlockThenEmptyLineThenBody) {
