@@ -88,17 +88,21 @@ TEST(HostValues, ANameListWithEncodingTwoWritesEveryNameAsEncodedWords) {
   EXPECT_FALSE(bcc);
 }
 
-TEST(HostValues, AnAttributesDecodedValueIsWrittenInQuotesWithoutEscaping) {
+TEST(HostValues, AnAttributesDecodedValueThatWouldNotReadBackIsEncoded) {
   Ref<IEMSMimeAttribute> attribute = CreateObject<IEMSMimeAttribute>(CLSID_EMSMimeAttribute, "attribute");
   attribute->put_Name(Bstr("filename").get());
   ASSERT_EQ(attribute->put_DecodedValue(Bstr("x.txt\"; name=\"evil.exe").get()), S_OK);
   Bstr text;
   ASSERT_EQ(attribute->AssembleAttribute(text.put()), S_OK);
-  EXPECT_EQ(text.utf8(), "filename=\"x.txt\"; name=\"evil.exe\"");
-  // Non-ASCII text is encoded; a line break in ASCII text is not.
+  // A quote and the text after it, as one B encoded word.
+  EXPECT_EQ(text.utf8(), "filename=\"=?utf-8?B?eC50eHQiOyBuYW1lPSJldmlsLmV4ZQ==?=\"");
+  // A line break likewise; plain ASCII stays plain.
   attribute->put_DecodedValue(Bstr("a\r\nb").get());
   attribute->AssembleAttribute(text.put());
-  EXPECT_EQ(text.utf8(), "filename=\"a\r\nb\"");
+  EXPECT_EQ(text.utf8(), "filename=\"=?utf-8?B?YQ0KYg==?=\"");
+  attribute->put_DecodedValue(Bstr("report.pdf").get());
+  attribute->AssembleAttribute(text.put());
+  EXPECT_EQ(text.utf8(), "filename=\"report.pdf\"");
   attribute->put_DecodedValue(Bstr("\xC3\xA9.txt").get());
   attribute->AssembleAttribute(text.put());
   EXPECT_EQ(text.utf8().find("filename=\"=?utf-8?"), 0u) << text.utf8();
