@@ -132,9 +132,16 @@ std::string DisplayText(const Bstr& text) { return Utf16ToUtf8(RepairRawUtf8(tex
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source) {
   // Files saved by some editors open with a UTF-8 byte order mark.
   size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-  // Files saved from web mail and some archives open with blank lines.
-  start += LeadingBlankBytes(std::string_view(bytes).substr(start));
-  if (bytes.compare(start, 5, "From ") == 0) {
+  // Files saved from web mail and some archives open with blank lines. A
+  // message without header fields, as the library writes one, opens with
+  // the blank line that ends its empty header: "\r\n\r\n" and text that is
+  // no header field.
+  const std::string_view rest = std::string_view(bytes).substr(start);
+  const size_t blanks = LeadingBlankBytes(rest);
+  const bool empty_header = (rest.compare(0, 4, "\r\n\r\n") == 0 || rest.compare(0, 2, "\n\n") == 0) &&
+                            blanks < rest.size() && !NotAMessageReason(rest.substr(blanks)).empty();
+  if (!empty_header) start += blanks;
+  if (!empty_header && bytes.compare(start, 5, "From ") == 0) {
     const size_t line_end = bytes.find('\n', start);
     start = line_end == std::string::npos ? bytes.size() : line_end + 1;
     start += LeadingBlankBytes(std::string_view(bytes).substr(start));
@@ -143,7 +150,7 @@ std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, c
   if (options.crlf) bytes = BareLfToCrLf(bytes);
   constexpr uint64_t kLargest = 0xFFFFFFFFull;
   if (bytes.size() > kLargest) throw ToolError(kExitNotMessage, source + ": larger than 4 GiB, too large for a message");
-  const std::string reason = NotAMessageReason(bytes);
+  const std::string reason = empty_header ? std::string() : NotAMessageReason(bytes);
   if (!reason.empty()) throw ToolError(kExitNotMessage, source + ": not a message: it " + reason);
   return bytes;
 }

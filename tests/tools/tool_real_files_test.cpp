@@ -39,6 +39,22 @@ TEST(ToolRealFiles, AnIndentedFirstLineCountsOnlyWhenItIsAHeaderField) {
   EXPECT_EQ(RunTool({"show", "-"}, WithStdin("\r\n \t\r\n")).exit_code, 4);
 }
 
+TEST(ToolRealFiles, AMessageWithoutHeaderFieldsReadsBackFromItsOwnOutput) {
+  // Obsolete fields (a blank before the colon) are no fields to the library,
+  // which then writes the message with an empty header.
+  const std::string obsolete = "From  : jdoe@example.org\r\nSubject  : hi\r\n\r\nHello.\r\n";
+  const RunResult once = RunTool({"roundtrip", "-"}, WithStdin(obsolete));
+  ASSERT_EQ(once.exit_code, 0) << once.err;
+  EXPECT_EQ(once.out, "\r\n\r\nHello.\r\n");
+  const RunResult twice = RunTool({"roundtrip", "-"}, WithStdin(once.out));
+  EXPECT_EQ(twice.exit_code, 0) << twice.err;
+  EXPECT_EQ(twice.out, once.out);
+  const JsonValue v = JsonOf(RunTool({"show", "--json", "-"}, WithStdin("\n\nHello.\n")));
+  EXPECT_EQ(v["body_size"].number(), 8);
+  // Blank lines before a header field are still skipped.
+  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin("\r\n\r\n" + kPlain)))["subject"].string(), "Lunch");
+}
+
 TEST(ToolRealFiles, HelpSaysWhatIsSkipped) {
   for (const char* command : {"show", "extract", "ls"}) {
     const std::string help = RunTool({command, "--help"}).out;
