@@ -186,6 +186,11 @@ TEST(ConvertiblePages, MeasuredSamplesDecodeAsTheDatabaseDecodesThem) {
 TEST(ConvertiblePages, PagesNeitherServiceMeasuredDecodeByTheirStandards) {
   EXPECT_EQ(Decode(54936, "\x81\x30\x81\x30"), Units({0x0080}));  // the first four-byte code
   EXPECT_EQ(Decode(52936, "~{<:Ky~}"), Units({0x5DF1, 0x6240}));  // GB2312 BCBA CBF9
+  // The pages that charset names of the MIME database lead to.
+  EXPECT_EQ(Decode(708, "\xC7\xE4"), Units({0x0627, 0x0644}));   // ASMO-708: alef, lam
+  EXPECT_EQ(Decode(720, "\x9F\xE9"), Units({0x0627, 0x0644}));   // DOS-720: alef, lam
+  EXPECT_EQ(Decode(38598, "\xE0\xE1"), Units({0x05D0, 0x05D1}));  // iso-8859-8-i: alef, bet
+  EXPECT_EQ(Decode(50225, "\x1B$)C\x0E\x30\x21\x0F"), Units({0xAC00}));  // iso-2022-kr: one syllable
 }
 
 // ---------------------------------------------------------------- every page both ways
