@@ -70,6 +70,12 @@ TEST(RoundTripCorpus, SamplesReadBackAsTheyWereWritten) {
   CheckEvery(files, true);
 }
 
+TEST(RoundTripCorpus, RealMessageCollectionReadsBackAsItWasWritten) {
+  std::vector<fs::path> files = FilesIn(kRoot / "tests" / "data" / "real");
+  ASSERT_GE(files.size(), 100u);
+  CheckEvery(files, false);
+}
+
 TEST(RoundTripCorpus, FuzzSeedsReadBackAsTheyWereWritten) {
   std::vector<fs::path> files = FilesIn(kRoot / "fuzz" / "corpus" / "roundtrip_fuzz");
   ASSERT_GE(files.size(), 6u);
