@@ -11,16 +11,9 @@
 #include <cstdio>
 #include <cwchar>
 
-namespace {
+#include "tests/windows/local_identifiers.h"
 
-// The identifiers, from the lists of the public header: this program must not
-// link the module (that would load it before the test and keep it loaded).
-#define LOCAL_IID(I, guid) const IID kIID_##I = PV_GUID_VALUE(guid);
-PV_INTERFACE_IDS(LOCAL_IID)
-#undef LOCAL_IID
-#define LOCAL_CLSID(C, impl, itf, script, scriptName, guid) const CLSID kCLSID_##C = PV_GUID_VALUE(guid);
-PV_CLASSES(LOCAL_CLSID)
-#undef LOCAL_CLSID
+namespace {
 
 using GetClassObjectFn = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
 using CanUnloadNowFn = HRESULT(STDAPICALLTYPE*)();
