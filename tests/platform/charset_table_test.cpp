@@ -80,7 +80,9 @@ TEST(CharsetTable, EveryMeasuredNameResolvesToItsInternetEncoding) {
     ASSERT_GE(row.size(), 9u);
     const std::string& name = row[1];
     // A name the lookup resolved when measured keeps exactly that answer.
-    if (row[2] != kUnknownName) ASSERT_EQ(expected.For(name), std::stoi(row[4])) << name;
+    if (row[2] != kUnknownName) {
+      ASSERT_EQ(expected.For(name), std::stoi(row[4])) << name;
+    }
     EXPECT_EQ(CharsetToCodePageNumber(std::string_view(name)), expected.For(name)) << row[0] << " " << name;
     EXPECT_EQ(CharsetToCodePageNumber(WStringView(W(name))), expected.For(name)) << row[0] << " " << name;
   }
@@ -125,7 +127,9 @@ TEST(CharsetTable, NamesThatResolvedBeforeKeepTheirAnswers) {
 
 TEST(CharsetTable, EveryRegistryEntryIsSortedAndAbsentFromTheLookupsOwnNames) {
   for (const CharsetName* it = RegistryCharsetNamesBegin(); it != RegistryCharsetNamesEnd(); ++it) {
-    if (it != RegistryCharsetNamesBegin()) EXPECT_LT(std::string((it - 1)->name), std::string(it->name));
+    if (it != RegistryCharsetNamesBegin()) {
+      EXPECT_LT(std::string((it - 1)->name), std::string(it->name));
+    }
     EXPECT_EQ(Lowered(std::string(it->name)), std::string(it->name));
     for (const CharsetName* own = CharsetNamesBegin(); own != CharsetNamesEnd(); ++own) {
       EXPECT_NE(own->name, it->name);
