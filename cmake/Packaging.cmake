@@ -9,6 +9,9 @@ set(CPACK_PACKAGE_CONTACT "parcelvane maintainers <maintainers@parcelvane.invali
 # The library looks for its registry file under the prefix it was built for.
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 
+# Packages carry no debugging information.
+set(CPACK_STRIP_FILES ON)
+
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL Runtime Development)
 if(PARCELVANE_BUILD_TOOLS)
