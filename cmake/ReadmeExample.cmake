@@ -1,6 +1,6 @@
 # Extracts the C++ block that follows the marker "<!-- readme-example -->"
 # in README.md, builds it against the shared library and runs it as a test.
-set(readme ${CMAKE_SOURCE_DIR}/README.md)
+set(readme ${PROJECT_SOURCE_DIR}/README.md)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${readme})
 file(READ ${readme} readme_text)
 string(FIND "${readme_text}" "<!-- readme-example -->" marker)
