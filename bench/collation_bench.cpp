@@ -14,9 +14,11 @@ namespace {
 
 std::vector<WString> ParameterNames() {
   std::vector<WString> names;
-  for (const char* name : {"charset", "Charset", "boundary", "name", "filename", "format", "delsp", "type",
-                           "start", "name*", "filename*0*", "filename*1*", "x-mac-type", "x-mac-creator",
-                           "creation-date", "modification-date", "size", "micalg", "protocol", "report-type"}) {
+  for (const char* name : {"charset",    "Charset",       "boundary",      "name",
+                           "filename",   "format",        "delsp",         "type",
+                           "start",      "name*",         "filename*0*",   "filename*1*",
+                           "x-mac-type", "x-mac-creator", "creation-date", "modification-date",
+                           "size",       "micalg",        "protocol",      "report-type"}) {
     names.push_back(WidenAscii(name));
   }
   return names;
@@ -54,7 +56,8 @@ void BM_SortParameterList(benchmark::State& state) {
   std::vector<WString> names = ParameterNames();
   for (auto _ : state) {
     std::vector<WString> list = names;
-    std::sort(list.begin(), list.end(), [](const WString& a, const WString& b) { return CompareLocale(a, b) < 0; });
+    std::sort(list.begin(), list.end(),
+              [](const WString& a, const WString& b) { return CompareLocale(a, b) < 0; });
     benchmark::DoNotOptimize(list.data());
   }
 }

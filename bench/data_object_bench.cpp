@@ -34,7 +34,9 @@ BENCHMARK(BM_CloneAndSpanOn100MB);
 SAFEARRAY* Utf16Array(size_t units) {
   SAFEARRAY* array = SafeArrayCreateVector(VT_UI2, 0, static_cast<ULONG>(units));
   auto* p = static_cast<USHORT*>(array->pvData);
-  const char* line = "Lorem ipsum dolor sit amet, caf\xE9 cr\xE8me br\xFBl\xE9" "e.\r\n";
+  const char* line =
+      "Lorem ipsum dolor sit amet, caf\xE9 cr\xE8me br\xFBl\xE9"
+      "e.\r\n";
   size_t n = std::char_traits<char>::length(line);
   for (size_t i = 0; i < units; ++i) p[i] = static_cast<unsigned char>(line[i % n]);
   return array;

@@ -39,8 +39,8 @@ void ParseBlock(benchmark::State& state, const std::string& block, int fields) {
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(block.size()));
   state.counters["per_field"] =
-      benchmark::Counter(static_cast<double>(fields), benchmark::Counter::kIsIterationInvariantRate |
-                                                          benchmark::Counter::kInvert);
+      benchmark::Counter(static_cast<double>(fields),
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void AssembleBlock(benchmark::State& state, const std::string& block, int fields) {
@@ -56,8 +56,8 @@ void AssembleBlock(benchmark::State& state, const std::string& block, int fields
   }
   state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(block.size()));
   state.counters["per_field"] =
-      benchmark::Counter(static_cast<double>(fields), benchmark::Counter::kIsIterationInvariantRate |
-                                                          benchmark::Counter::kInvert);
+      benchmark::Counter(static_cast<double>(fields),
+                         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
 void BM_ParseOneFoldedField5MB(benchmark::State& state) { ParseBlock(state, LongFoldedField(5u << 20), 1); }
@@ -80,7 +80,9 @@ void BM_AssembleShortFields100k(benchmark::State& state) {
 }
 BENCHMARK(BM_AssembleShortFields100k)->Unit(benchmark::kMillisecond);
 
-void BM_AssembleOneFoldedField5MB(benchmark::State& state) { AssembleBlock(state, LongFoldedField(5u << 20), 1); }
+void BM_AssembleOneFoldedField5MB(benchmark::State& state) {
+  AssembleBlock(state, LongFoldedField(5u << 20), 1);
+}
 BENCHMARK(BM_AssembleOneFoldedField5MB)->Unit(benchmark::kMillisecond);
 
 }  // namespace

@@ -30,16 +30,19 @@ const std::string& LargeMessage() {
     std::string text =
         "From: a@example.com\r\nContent-Type: multipart/mixed; "
         "boundary=\"----=_NextPart_000_0000_01D00000.00000000\"\r\n"
-        "\r\nThis is a multi-part message in MIME format.\r\n\r\n------=_NextPart_000_0000_01D00000.00000000\r\n"
+        "\r\nThis is a multi-part message in MIME "
+        "format.\r\n\r\n------=_NextPart_000_0000_01D00000.00000000\r\n"
         "Content-Type: text/plain; charset=\"us-ascii\"\r\n\r\nSee the attachments.\r\n";
     std::string encoded;
     for (int i = 0; i < kAttachments; ++i) {
       for (char& c : raw) c = static_cast<char>(byte(random));
       EncodeBase64(raw, &encoded);
       const std::string name = "file" + std::to_string(i) + ".bin";
-      text += "\r\n------=_NextPart_000_0000_01D00000.00000000\r\nContent-Type: application/octet-stream; name=\"" +
-              name + "\"\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment; filename=\"" + name +
-              "\"\r\n\r\n" + encoded + "\r\n";
+      text +=
+          "\r\n------=_NextPart_000_0000_01D00000.00000000\r\nContent-Type: application/octet-stream; "
+          "name=\"" +
+          name + "\"\r\nContent-Transfer-Encoding: base64\r\nContent-Disposition: attachment; filename=\"" +
+          name + "\"\r\n\r\n" + encoded + "\r\n";
     }
     text += "\r\n------=_NextPart_000_0000_01D00000.00000000--\r\n";
     return text;
@@ -119,7 +122,8 @@ void BM_PartParseLargeMessage(benchmark::State& state) {
   ComPtr<IEMSMimePart> part = Parsed(data.get());
   state.counters["parts"] = static_cast<double>(Children(part.get()).size());
   state.counters["shares_buffer"] = SharesTheBuffer(data.get(), part.get());
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(LargeMessage().size()));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                          static_cast<int64_t>(LargeMessage().size()));
 }
 BENCHMARK(BM_PartParseLargeMessage)->Unit(benchmark::kMillisecond);
 
@@ -130,7 +134,8 @@ void BM_PartAssembleLargeMessage(benchmark::State& state) {
     ComPtr<IEMSDataObject> out;
     benchmark::DoNotOptimize(part->AssemblePartObject(out.put()));
   }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(LargeMessage().size()));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                          static_cast<int64_t>(LargeMessage().size()));
 }
 BENCHMARK(BM_PartAssembleLargeMessage)->Unit(benchmark::kMillisecond);
 
@@ -172,7 +177,8 @@ void BM_PartParseDeepNest(benchmark::State& state) {
     benchmark::DoNotOptimize(part->ParsePartObject(data.get()));
   }
   state.counters["levels"] = 100000;
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(DeepMessage().size()));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                          static_cast<int64_t>(DeepMessage().size()));
 }
 BENCHMARK(BM_PartParseDeepNest)->Unit(benchmark::kMillisecond);
 
@@ -185,7 +191,8 @@ void BM_PartAssembleAndSearchDeepNest(benchmark::State& state) {
     ComPtr<IEMSMimePart> found;
     benchmark::DoNotOptimize(part->FindPartBySubType(18, found.put()));
   }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * static_cast<int64_t>(DeepMessage().size()));
+  state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) *
+                          static_cast<int64_t>(DeepMessage().size()));
 }
 BENCHMARK(BM_PartAssembleAndSearchDeepNest)->Unit(benchmark::kMillisecond);
 

@@ -86,7 +86,9 @@ void BM_Base64Decode(benchmark::State& state) {
   BM_Decode(state, encoded, DecodeBase64);
 }
 
-void BM_QuotedPrintableEncode(benchmark::State& state) { BM_Encode(state, TextBody(), EncodeQuotedPrintable); }
+void BM_QuotedPrintableEncode(benchmark::State& state) {
+  BM_Encode(state, TextBody(), EncodeQuotedPrintable);
+}
 
 void BM_QuotedPrintableDecode(benchmark::State& state) {
   std::string encoded;

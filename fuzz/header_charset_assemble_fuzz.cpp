@@ -11,7 +11,8 @@
 
 namespace {
 
-const LONG kPages[] = {65001, 1252, 28591, 20127, 932, 50220, 936, 949, 20866, 65000, 52936, 54936, -1, 0, 1200};
+const LONG kPages[] = {65001, 1252,  28591, 20127, 932, 50220, 936, 949,
+                       20866, 65000, 52936, 54936, -1,  0,     1200};
 
 bool HasNulOrLoneSurrogate(const pv::WString& text) {
   for (size_t i = 0; i < text.size(); ++i) {
@@ -68,9 +69,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   charset->SetDefaultEncoding(encoding);
   Bstr in(text);
   Bstr out;
-  if (charset->AssembleHeader(in.get(), out.put()) != S_OK || out.view() != WStringView(encoded)) __builtin_trap();
+  if (charset->AssembleHeader(in.get(), out.put()) != S_OK || out.view() != WStringView(encoded))
+    __builtin_trap();
 
-  if (page != 65001 || (used != kHeaderEncodingQ && used != kHeaderEncodingB) || HasNulOrLoneSurrogate(text)) return 0;
+  if (page != 65001 || (used != kHeaderEncodingQ && used != kHeaderEncodingB) || HasNulOrLoneSurrogate(text))
+    return 0;
   if (!encoded.empty() || text.empty()) {
     WString unfolded;
     for (size_t i = 0; i < encoded.size(); ++i) {

@@ -44,8 +44,8 @@ bool IsFoldOf(const std::string& folded, const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace pv;
   if (size == 0) return 0;
-  static const char* const kNames[] = {"Subject", "X-A-Rather-Long-Field-Name-For-Folding", "Content-Type",
-                                       "Content-Disposition", "", "To"};
+  static const char* const kNames[] = {
+      "Subject", "X-A-Rather-Long-Field-Name-For-Folding", "Content-Type", "Content-Disposition", "", "To"};
   const char* name = kNames[data[0] % (sizeof kNames / sizeof kNames[0])];
   std::string text(reinterpret_cast<const char*>(data + 1), size - 1);
   bool content = IsContentFieldName(name);

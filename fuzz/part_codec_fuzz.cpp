@@ -60,7 +60,8 @@ std::string FieldValue(IEMSMimePart* part) {
   return pv::WideToAnsi(raw.view());
 }
 
-const char* const kFieldValues[] = {"base64", "quoted-printable", "x-uuencode", "uuencode", "BASE64", "7bit", "8bit"};
+const char* const kFieldValues[] = {"base64", "quoted-printable", "x-uuencode", "uuencode", "BASE64", "7bit",
+                                    "8bit"};
 
 void DecodeOne(uint8_t selector, std::string_view body) {
   const char* value = kFieldValues[selector % 7];
@@ -119,8 +120,8 @@ void EncodeOne(uint8_t selector, std::string_view input) {
   const LONG chosen = code == pv::kTransferAutomatic ? pv::ChooseTransferEncoding(share) : code;
   std::string expected;
   bool ok = code >= 0 && code <= 4 &&
-            pv::EncodeTransferBody(static_cast<pv::TransferEncoding>(chosen), body, pv::WideToAnsi(wideName.view()),
-                                   &expected);
+            pv::EncodeTransferBody(static_cast<pv::TransferEncoding>(chosen), body,
+                                   pv::WideToAnsi(wideName.view()), &expected);
   Check((hr == S_OK) == ok, "encode status");
   ComPtr<IEMSDataObject> encoded;
   part->get_BodyObject(encoded.put());
@@ -134,8 +135,8 @@ void EncodeOne(uint8_t selector, std::string_view input) {
 
   // Back through the decoder.
   // A name holding a line break adds lines of its own to the uuencoded text.
-  bool holds = chosen != pv::kTransferUuencode ||
-               (pv::reference::UuencodeRoundTripHolds(body) && name.find_first_of("\r\n") == std::string::npos);
+  bool holds = chosen != pv::kTransferUuencode || (pv::reference::UuencodeRoundTripHolds(body) &&
+                                                   name.find_first_of("\r\n") == std::string::npos);
   if (!holds) return;
   auto decoder = Make<IEMSMimePartDecoder>(CLSID_EMSMimePartDecoder);
   ComPtr<IEMSDataObject> decoded;

@@ -30,8 +30,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   if (parts.drive + parts.directory + parts.name + parts.extension != text) std::abort();
   if (parts.name.find(u'\\') != WString::npos || parts.name.find(u'/') != WString::npos) std::abort();
-  if (!parts.extension.empty() && (parts.extension[0] != u'.' || parts.extension.find(u'\\') != WString::npos ||
-                                   parts.extension.find(u'/') != WString::npos)) {
+  if (!parts.extension.empty() &&
+      (parts.extension[0] != u'.' || parts.extension.find(u'\\') != WString::npos ||
+       parts.extension.find(u'/') != WString::npos)) {
     std::abort();
   }
   return 0;

@@ -37,7 +37,8 @@ void CheckLayout(const std::string& input) {
   std::vector<pvtool::LayoutPart> parts;
   for (size_t i = 0; i < input.size() && i < 8; ++i) {
     const unsigned char c = static_cast<unsigned char>(input[i]);
-    parts.push_back({c % 4, (c & 4) != 0 ? std::string(1 + c / 64, static_cast<char>('a' + i % 3)) : std::string()});
+    parts.push_back(
+        {c % 4, (c & 4) != 0 ? std::string(1 + c / 64, static_cast<char>('a' + i % 3)) : std::string()});
   }
   const std::vector<pvtool::PartRegion> regions = pvtool::LayOutParts(input, parts);
   Require(regions.size() == parts.size());
@@ -55,7 +56,8 @@ void CheckMessage(const std::string& input) {
     pvtool::Ref<IEMSMessageParser> parsed = pvtool::ParseMessage(prepared);
     const pvtool::MessageView message(std::move(parsed), prepared);
     const pvtool::PartTree tree = message.Tree(false);
-    for (const pvtool::PartInfo& part : tree.parts) Require(!part.unclosed || part.unshown <= prepared.size());
+    for (const pvtool::PartInfo& part : tree.parts)
+      Require(!part.unclosed || part.unshown <= prepared.size());
     pvtool::StructureWarnings(tree.parts);
     pvtool::AddressText(message.Addresses("To"));
     message.Sender();

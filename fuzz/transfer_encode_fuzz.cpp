@@ -64,7 +64,8 @@ void EncodeOne(uint8_t selector, std::string_view body) {
       int share = SevenBitShare(body);
       Check(share == (body.empty() ? 100 : static_cast<int>(low * 100 / body.size())));
       TransferEncoding chosen = ChooseTransferEncoding(share);
-      Check(TransferEncodingFieldValue(kTransferAutomatic, share) == TransferEncodingFieldValue(chosen, share));
+      Check(TransferEncodingFieldValue(kTransferAutomatic, share) ==
+            TransferEncodingFieldValue(chosen, share));
       Check(EncodeTransferBody(chosen, body, "", &out) == (chosen == kTransferNone || !body.empty()));
       break;
     }

@@ -111,8 +111,11 @@ class Arg {
     v_.vt = VT_I4;
     v_.lVal = n;
   }
-  Arg(const char* utf8) { v_.vt = VT_BSTR; v_.bstrVal = AllocBstr(W(utf8)); }  // NOLINT
-  Arg(IDispatch* p) {                                                // NOLINT
+  Arg(const char* utf8) {
+    v_.vt = VT_BSTR;
+    v_.bstrVal = AllocBstr(W(utf8));
+  }                    // NOLINT
+  Arg(IDispatch* p) {  // NOLINT
     v_.vt = VT_DISPATCH;
     v_.pdispVal = p;
     if (p) p->AddRef();

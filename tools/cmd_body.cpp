@@ -17,9 +17,10 @@ int RunBody(const std::string& command, const Args& args, bool html) {
   std::string body;
   const bool found = html ? message.HtmlBody(&body) : message.TextBody(&body);
   if (!found) {
-    std::fputs(("parcelvane: " + SourceName(file) + ": the message has no " + (html ? "HTML" : "text") +
-                " body\n").c_str(),
-               stderr);
+    std::fputs(
+        ("parcelvane: " + SourceName(file) + ": the message has no " + (html ? "HTML" : "text") + " body\n")
+            .c_str(),
+        stderr);
     return 1;
   }
   if (parsed.Has("crlf-out")) {

@@ -14,7 +14,8 @@ std::string RawLines(const std::string& value) {
   size_t start = 0;
   for (;;) {
     const size_t end = lf.find('\n', start);
-    out += TerminalSafe(std::string_view(lf).substr(start, end == std::string::npos ? std::string::npos : end - start));
+    out += TerminalSafe(
+        std::string_view(lf).substr(start, end == std::string::npos ? std::string::npos : end - start));
     if (end == std::string::npos) break;
     out += "\n";
     start = end + 1;

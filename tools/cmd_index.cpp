@@ -47,8 +47,8 @@ constexpr size_t kBatchMessages = 256;
 constexpr size_t kBatchBytes = 1 << 20;
 
 struct IndexResult {
-  std::string lines;                    // one JSON object and a line break per message
-  std::vector<FoundAttachment> files;   // kept only for --extract
+  std::string lines;                   // one JSON object and a line break per message
+  std::vector<FoundAttachment> files;  // kept only for --extract
 };
 
 struct AttachmentSummary {

@@ -22,10 +22,10 @@ struct Entry {
   std::string date, sender, subject;
   uint64_t size = 0;
   int attachments = 0;
-  std::string problem;   // why the message could not be read, or ""
+  std::string problem;                // why the message could not be read, or ""
   std::vector<std::string> warnings;  // what its part tree does not show
-  std::string path;      // for a directory
-  uint64_t offset = 0;   // for an mbox file
+  std::string path;                   // for a directory
+  uint64_t offset = 0;                // for an mbox file
 };
 
 // Reads one message into `entry`; a message the tool cannot read is kept
@@ -66,12 +66,13 @@ class Listing {
     PrintWarnings(e.path.empty() ? "message " + std::to_string(e.index) : e.path, e.warnings);
     if (json_) return AddJson(e);
     char tail[48];
-    std::snprintf(tail, sizeof tail, "  %9llu  %3d\n", static_cast<unsigned long long>(e.size), e.attachments);
+    std::snprintf(tail, sizeof tail, "  %9llu  %3d\n", static_cast<unsigned long long>(e.size),
+                  e.attachments);
     char index[24];
     std::snprintf(index, sizeof index, "%6llu  ", static_cast<unsigned long long>(e.index));
     const std::string subject = e.problem.empty() ? e.subject : "(" + e.problem + ")";
-    WriteOut(std::string(index) + FitColumn(TerminalSafe(e.date), 16) + "  " + FitColumn(TerminalSafe(e.sender), 24) +
-             "  " + FitColumn(TerminalSafe(subject), 40) + tail);
+    WriteOut(std::string(index) + FitColumn(TerminalSafe(e.date), 16) + "  " +
+             FitColumn(TerminalSafe(e.sender), 24) + "  " + FitColumn(TerminalSafe(subject), 40) + tail);
   }
 
   void Finish() {
@@ -140,7 +141,8 @@ void ListMbox(const std::string& file, const LoadOptions& options, Listing* list
   progress.Finish();
   if (std::ferror(in)) throw ToolError(kExitUnreadable, SourceName(file) + ": read error");
   if (reader.not_mbox()) {
-    throw ToolError(kExitNotMessage, SourceName(file) + ": not an mbox file (its first line does not start with \"From \")");
+    throw ToolError(kExitNotMessage,
+                    SourceName(file) + ": not an mbox file (its first line does not start with \"From \")");
   }
 }
 
@@ -171,7 +173,8 @@ void ListDirectory(const fs::path& dir, const LoadOptions& options, bool follow,
 
 int RunLs(const Args& args) {
   ParsedArgs parsed;
-  if (!ParseCommand("ls", args, {{"json", '\0', false, false}, {"follow", '\0', false, false}}, true, &parsed)) {
+  if (!ParseCommand("ls", args, {{"json", '\0', false, false}, {"follow", '\0', false, false}}, true,
+                    &parsed)) {
     return 0;
   }
   const std::string mailbox = SingleInput(parsed, "ls", "MAILBOX");
@@ -182,7 +185,8 @@ int RunLs(const Args& args) {
   if (mailbox != "-" && fs::is_directory(path, error)) {
     ListDirectory(path, options, parsed.Has("follow"), &listing);
   } else {
-    if (mailbox != "-" && !fs::exists(path, error)) throw ToolError(kExitUnreadable, mailbox + ": no such file");
+    if (mailbox != "-" && !fs::exists(path, error))
+      throw ToolError(kExitUnreadable, mailbox + ": no such file");
     ListMbox(mailbox, options, &listing);
   }
   listing.Finish();

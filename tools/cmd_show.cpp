@@ -120,7 +120,7 @@ std::string JsonSummary(const Summary& s) {
   for (const AddressInfo& entry : s.recipients) {
     // A group's members carry its name; an empty group is its name alone.
     const std::vector<MailboxInfo> alone = {MailboxInfo()};
-    for (const MailboxInfo& mailbox : entry.group && entry.mailboxes.empty() ? alone : entry.mailboxes) {
+    for (const MailboxInfo& mailbox : entry.group&& entry.mailboxes.empty() ? alone : entry.mailboxes) {
       json.BeginObject();
       json.Member("name", mailbox.name);
       json.Member("address", mailbox.address);

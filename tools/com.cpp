@@ -68,7 +68,8 @@ std::string SpanBytes(IEMSDataObject* data) {
     SafeArrayGetUBound(v.parray, 1, &upper);
     void* elements = nullptr;
     if (upper >= lower && SUCCEEDED(SafeArrayAccessData(v.parray, &elements))) {
-      bytes.assign(static_cast<const char*>(elements), static_cast<size_t>(upper) - static_cast<size_t>(lower) + 1);
+      bytes.assign(static_cast<const char*>(elements),
+                   static_cast<size_t>(upper) - static_cast<size_t>(lower) + 1);
       SafeArrayUnaccessData(v.parray);
     }
   }

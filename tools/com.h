@@ -15,7 +15,6 @@
 
 namespace pvtool {
 
-
 // One counted reference, released when dropped.
 template <class T>
 class Ref {

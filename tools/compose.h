@@ -21,7 +21,7 @@ struct ComposeAttachment {
 struct ComposeRequest {
   std::string subject, date;
   std::vector<std::pair<std::string, std::string>> from, to, cc;  // {display name, address}
-  std::vector<std::string> headers;                              // "Name: value"
+  std::vector<std::string> headers;                               // "Name: value"
   bool has_text = false, has_html = false;
   std::string text, html;
   std::vector<ComposeAttachment> attachments;

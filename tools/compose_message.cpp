@@ -158,8 +158,7 @@ void AddAttachment(IEMSMessageParser* message, const ComposeAttachment& attachme
   // An empty content type lets the library choose one by the extension.
   Bstr none("");
   const std::string name = NameText(attachment.name);
-  Check(part->CreateAttach(Bstr(TypingName(name)).get(), data.get(), 0, none.get(), none.get(),
-                           none.get()),
+  Check(part->CreateAttach(Bstr(TypingName(name)).get(), data.get(), 0, none.get(), none.get(), none.get()),
         "attaching a file");
   if (empty) MakeEmptyBody(part.get());
   WriteNameParameters(part.get(), name);

@@ -84,8 +84,8 @@ void ProgressBar::Update(uint64_t done, uint64_t items) {
   }
   std::string bar = "\r[" + std::string(static_cast<size_t>(filled), '#') +
                     std::string(static_cast<size_t>(kWidth - filled), '.') + "] " + std::to_string(percent) +
-                    "%  " + std::to_string(items) + " messages  " + std::to_string(rate) + " messages/s" + left +
-                    " ";
+                    "%  " + std::to_string(items) + " messages  " + std::to_string(rate) + " messages/s" +
+                    left + " ";
   std::fputs(bar.c_str(), stderr);
   std::fflush(stderr);
 }

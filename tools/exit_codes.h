@@ -10,11 +10,11 @@ namespace pvtool {
 
 enum ExitCode : int {
   kExitOk = 0,
-  kExitUsage = 2,         // unknown option, missing or extra argument
-  kExitUnreadable = 3,    // the input (file, directory, standard input) cannot be read
-  kExitNotMessage = 4,    // the input is not a message (or not a mailbox)
-  kExitWriteFailed = 5,   // an output file or standard output cannot be written
-  kExitLibraryFailed = 6, // the library refused an operation
+  kExitUsage = 2,          // unknown option, missing or extra argument
+  kExitUnreadable = 3,     // the input (file, directory, standard input) cannot be read
+  kExitNotMessage = 4,     // the input is not a message (or not a mailbox)
+  kExitWriteFailed = 5,    // an output file or standard output cannot be written
+  kExitLibraryFailed = 6,  // the library refused an operation
 };
 
 // Ends the command: main prints the message on standard error and exits

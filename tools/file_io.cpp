@@ -95,12 +95,12 @@ int MoveInto(const fs::path& from, const fs::path& to, bool replace) {
 // A fresh temporary file beside `target`, created exclusively.
 fs::path CreateTemporary(const fs::path& target, Handle* handle) {
   static unsigned counter = 0;
-  const auto stamp = static_cast<unsigned long long>(
-      std::chrono::steady_clock::now().time_since_epoch().count());
+  const auto stamp =
+      static_cast<unsigned long long>(std::chrono::steady_clock::now().time_since_epoch().count());
   const fs::path dir = target.has_parent_path() ? target.parent_path() : fs::path(".");
   for (int attempt = 0; attempt < 100; ++attempt) {
-    const std::string name = ".parcelvane-" + std::to_string(stamp % 1000000007ULL) + "-" +
-                             std::to_string(++counter) + ".tmp";
+    const std::string name =
+        ".parcelvane-" + std::to_string(stamp % 1000000007ULL) + "-" + std::to_string(++counter) + ".tmp";
     fs::path candidate = dir / name;
     *handle = CreateExclusive(candidate);
     if (*handle >= 0) return candidate;

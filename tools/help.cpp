@@ -208,16 +208,26 @@ std::string ToolHelp() {
 
 std::string CommandHelp(std::string_view command) {
   std::string text;
-  if (command == "show") text = Show();
-  else if (command == "headers") text = Headers();
-  else if (command == "text") text = Body("text", "plain-text");
-  else if (command == "html") text = Body("html", "HTML");
-  else if (command == "extract") text = Extract();
-  else if (command == "compose") text = Compose();
-  else if (command == "ls") text = Ls();
-  else if (command == "index") text = Index();
-  else if (command == "roundtrip") text = Roundtrip();
-  else return std::string();
+  if (command == "show")
+    text = Show();
+  else if (command == "headers")
+    text = Headers();
+  else if (command == "text")
+    text = Body("text", "plain-text");
+  else if (command == "html")
+    text = Body("html", "HTML");
+  else if (command == "extract")
+    text = Extract();
+  else if (command == "compose")
+    text = Compose();
+  else if (command == "ls")
+    text = Ls();
+  else if (command == "index")
+    text = Index();
+  else if (command == "roundtrip")
+    text = Roundtrip();
+  else
+    return std::string();
   if (command != "compose") text += std::string("\n") + kLineEnds;
   return text + "\n" + kExitCodes;
 }

@@ -73,12 +73,23 @@ void JsonWriter::AppendQuoted(std::string_view utf8) {
   for (char c : utf8) {
     const auto byte = static_cast<unsigned char>(c);
     switch (c) {
-      case '"': out_.append("\\\""); continue;
-      case '\\': out_.append("\\\\"); continue;
-      case '\n': out_.append("\\n"); continue;
-      case '\r': out_.append("\\r"); continue;
-      case '\t': out_.append("\\t"); continue;
-      default: break;
+      case '"':
+        out_.append("\\\"");
+        continue;
+      case '\\':
+        out_.append("\\\\");
+        continue;
+      case '\n':
+        out_.append("\\n");
+        continue;
+      case '\r':
+        out_.append("\\r");
+        continue;
+      case '\t':
+        out_.append("\\t");
+        continue;
+      default:
+        break;
     }
     if (byte < 0x20 || byte == 0x7F) {
       out_.append("\\u00");

@@ -67,7 +67,8 @@ bool ParseTime(std::string_view token, int* hours, int* minutes, int* seconds) {
   *hours = ToInt(token.substr(0, 2));
   *minutes = ToInt(token.substr(3, 2));
   *seconds = 0;
-  if (token.size() == 8 && token[5] == ':' && AllDigits(token.substr(6, 2))) *seconds = ToInt(token.substr(6, 2));
+  if (token.size() == 8 && token[5] == ':' && AllDigits(token.substr(6, 2)))
+    *seconds = ToInt(token.substr(6, 2));
   return *hours < 24 && *minutes < 60 && *seconds < 61;
 }
 
@@ -99,7 +100,8 @@ bool ParseDate(const std::string& text, DateFields* d) {
   const std::string_view day = tokens[t], month = tokens[t + 1], year = tokens[t + 2];
   d->month = MonthNumber(month);
   if (!AllDigits(day) || day.size() > 2 || d->month == 0 || !AllDigits(year) ||
-      (year.size() != 2 && year.size() != 4) || !ParseTime(tokens[t + 3], &d->hours, &d->minutes, &d->seconds)) {
+      (year.size() != 2 && year.size() != 4) ||
+      !ParseTime(tokens[t + 3], &d->hours, &d->minutes, &d->seconds)) {
     return false;
   }
   d->day = ToInt(day);
@@ -278,7 +280,8 @@ U16String RepairRawUtf8(U16View text) {
     }
     std::string bytes;
     const size_t start = i;
-    for (int b; i < text.size() && (b = SingleByteOf(text[i])) >= 0; ++i) bytes.push_back(static_cast<char>(b));
+    for (int b; i < text.size() && (b = SingleByteOf(text[i])) >= 0; ++i)
+      bytes.push_back(static_cast<char>(b));
     if (IsValidUtf8(bytes)) {
       out += Utf8ToUtf16(bytes);
     } else {
@@ -317,7 +320,8 @@ size_t LeadingBlankBytes(std::string_view bytes) {
     }
     // A first line with text: its indentation goes only when the rest
     // reads as a header field.
-    if (i > skipped && i < bytes.size() && NotAMessageReason(bytes.substr(i, bytes.find('\n', i) - i)).empty()) {
+    if (i > skipped && i < bytes.size() &&
+        NotAMessageReason(bytes.substr(i, bytes.find('\n', i) - i)).empty()) {
       return i;
     }
     return skipped;

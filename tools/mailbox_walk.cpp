@@ -80,7 +80,8 @@ class Walker {
 
   // The files of one folder in name order; its subdirectories that may be
   // entered go to `subdirectories` when it is given.
-  void ReadFolder(const fs::path& folder, bool is_root, WalkResult* result, std::vector<fs::path>* subdirectories) {
+  void ReadFolder(const fs::path& folder, bool is_root, WalkResult* result,
+                  std::vector<fs::path>* subdirectories) {
     std::error_code error;
     fs::directory_iterator it(folder, error), end;
     if (error && is_root) throw ToolError(kExitUnreadable, PathToUtf8(folder) + ": " + error.message());
@@ -103,7 +104,8 @@ class Walker {
     std::sort(files.begin(), files.end());
     std::sort(folders.begin(), folders.end());
     result->files.insert(result->files.end(), files.begin(), files.end());
-    if (subdirectories != nullptr) subdirectories->insert(subdirectories->end(), folders.begin(), folders.end());
+    if (subdirectories != nullptr)
+      subdirectories->insert(subdirectories->end(), folders.begin(), folders.end());
   }
 
   WalkOptions options_;

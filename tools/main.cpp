@@ -22,9 +22,9 @@ Runner FindCommand(const std::string& name) {
     Runner run;
   };
   static const Command kCommands[] = {
-      {"show", RunShow},       {"headers", RunHeaders}, {"text", RunText},   {"html", RunHtml},
-      {"extract", RunExtract}, {"compose", RunCompose}, {"ls", RunLs},       {"roundtrip", RunRoundtrip},
-      {"index", RunIndex},
+      {"show", RunShow}, {"headers", RunHeaders},     {"text", RunText},
+      {"html", RunHtml}, {"extract", RunExtract},     {"compose", RunCompose},
+      {"ls", RunLs},     {"roundtrip", RunRoundtrip}, {"index", RunIndex},
   };
   for (const Command& command : kCommands) {
     if (name == command.name) return command.run;

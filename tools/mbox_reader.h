@@ -16,9 +16,9 @@
 namespace pvtool {
 
 struct MboxMessage {
-  std::string bytes;        // the message, line ends as stored
-  std::string from_line;    // the separator line, without its line end
-  uint64_t offset = 0;      // where the separator line starts in the file
+  std::string bytes;      // the message, line ends as stored
+  std::string from_line;  // the separator line, without its line end
+  uint64_t offset = 0;    // where the separator line starts in the file
 };
 
 class MboxReader {

@@ -18,7 +18,8 @@ std::vector<std::string> SplitOccurrences(const std::string& joined) {
   size_t start = 0;
   for (;;) {
     const size_t separator = joined.find("\r\n\r\n", start);
-    pieces.push_back(joined.substr(start, separator == std::string::npos ? std::string::npos : separator - start));
+    pieces.push_back(
+        joined.substr(start, separator == std::string::npos ? std::string::npos : separator - start));
     if (separator == std::string::npos) break;
     start = separator + 4;
   }
@@ -149,14 +150,16 @@ std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, c
   bytes.erase(0, start);
   if (options.crlf) bytes = BareLfToCrLf(bytes);
   constexpr uint64_t kLargest = 0xFFFFFFFFull;
-  if (bytes.size() > kLargest) throw ToolError(kExitNotMessage, source + ": larger than 4 GiB, too large for a message");
+  if (bytes.size() > kLargest)
+    throw ToolError(kExitNotMessage, source + ": larger than 4 GiB, too large for a message");
   const std::string reason = empty_header ? std::string() : NotAMessageReason(bytes);
   if (!reason.empty()) throw ToolError(kExitNotMessage, source + ": not a message: it " + reason);
   return bytes;
 }
 
 Ref<IEMSMessageParser> ParseMessage(const std::string& prepared) {
-  Ref<IEMSMessageParser> message = CreateObject<IEMSMessageParser>(CLSID_EMSMessageParser, "creating a message");
+  Ref<IEMSMessageParser> message =
+      CreateObject<IEMSMessageParser>(CLSID_EMSMessageParser, "creating a message");
   Ref<IEMSDataObject> data = MakeData(prepared);
   Check(message->ParseObject(data.get()), "parsing the message");
   return message;
@@ -339,7 +342,8 @@ std::string MessageView::Assemble() const {
 bool IsAttachment(const PartInfo& part, bool flagged, bool has_file_name) {
   if (flagged) return true;
   if (part.children > 0 || part.content_type.compare(0, 10, "multipart/") == 0) return false;
-  return has_file_name || part.transfer_encoding == "x-uuencode" || part.content_type.compare(0, 5, "text/") != 0;
+  return has_file_name || part.transfer_encoding == "x-uuencode" ||
+         part.content_type.compare(0, 5, "text/") != 0;
 }
 
 std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts) {
@@ -347,7 +351,8 @@ std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts) {
   for (const PartInfo& part : parts) {
     if (!part.unclosed) continue;
     warnings.push_back(part.content_type + " at depth " + std::to_string(part.depth) +
-                       " has no closing delimiter: its last " + GroupedNumber(part.unshown) + " bytes are not shown");
+                       " has no closing delimiter: its last " + GroupedNumber(part.unshown) +
+                       " bytes are not shown");
   }
   return warnings;
 }

@@ -19,7 +19,8 @@ struct LoadOptions {
 
 // Prepares raw input for the parser: drops a UTF-8 byte order mark, an
 // mbox separator line and blank lines that open it (see LeadingBlankBytes),
-// converts line ends as asked, and checks that it can be a message at all. Throws ToolError(kExitNotMessage) naming `source`.
+// converts line ends as asked, and checks that it can be a message at all. Throws ToolError(kExitNotMessage)
+// naming `source`.
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source);
 
 // A message object parsed from prepared bytes.
@@ -38,11 +39,11 @@ struct PartInfo {
   uint64_t raw_size = 0;          // body bytes as they stand in the message
   bool has_decoded_size = false;  // leaves only
   uint64_t decoded_size = 0;
-  bool attachment = false;        // an attachment as the command sees it (see IsAttachment)
-  std::string name;               // the attachment name, for attachments
+  bool attachment = false;  // an attachment as the command sees it (see IsAttachment)
+  std::string name;         // the attachment name, for attachments
   int children = 0;
-  bool unclosed = false;          // a multipart with no closing delimiter
-  uint64_t unshown = 0;           // then: the bytes after its last delimiter line
+  bool unclosed = false;  // a multipart with no closing delimiter
+  uint64_t unshown = 0;   // then: the bytes after its last delimiter line
 };
 
 struct AttachmentInfo {

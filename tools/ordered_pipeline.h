@@ -126,8 +126,8 @@ class OrderedPipeline {
   std::condition_variable result_ready_;
   std::deque<std::pair<uint64_t, Task>> queue_;
   std::vector<std::optional<Result>> slots_;  // results by task number modulo the window
-  uint64_t pushed_ = 0;   // caller's thread only
-  uint64_t emitted_ = 0;  // caller's thread only (read under the lock by nobody else)
+  uint64_t pushed_ = 0;                       // caller's thread only
+  uint64_t emitted_ = 0;                      // caller's thread only (read under the lock by nobody else)
   bool stopping_ = false;
   std::exception_ptr error_;
 };

@@ -48,7 +48,9 @@ class BoundaryTrie {
     }
   }
 
-  const std::vector<DelimiterLine>& LinesOf(const std::string& boundary) const { return lines_[owner_.at(boundary)]; }
+  const std::vector<DelimiterLine>& LinesOf(const std::string& boundary) const {
+    return lines_[owner_.at(boundary)];
+  }
 
  private:
   static constexpr size_t kNone = static_cast<size_t>(-1);
@@ -77,7 +79,8 @@ BoundaryTrie IndexDelimiters(std::string_view message, const std::vector<LayoutP
   size_t start = 0;
   while (start < message.size()) {
     const void* lf = std::memchr(message.data() + start, '\n', message.size() - start);
-    const size_t end = lf == nullptr ? message.size() : static_cast<size_t>(static_cast<const char*>(lf) - message.data());
+    const size_t end =
+        lf == nullptr ? message.size() : static_cast<size_t>(static_cast<const char*>(lf) - message.data());
     const size_t next = lf == nullptr ? end : end + 1;
     const bool after_crlf = start == 0 || (start >= 2 && message[start - 2] == '\r');
     if (after_crlf && end - start >= 3 && message[start] == '-' && message[start + 1] == '-') {
@@ -102,7 +105,8 @@ size_t BodyStart(std::string_view message, size_t start, size_t end) {
 // loses the one before the closing delimiter.
 size_t EndBefore(std::string_view message, size_t start, const DelimiterLine& line) {
   if (!line.closing) return line.start;
-  return line.start >= start + 2 && message.compare(line.start - 2, 2, "\r\n") == 0 ? line.start - 2 : line.start;
+  return line.start >= start + 2 && message.compare(line.start - 2, 2, "\r\n") == 0 ? line.start - 2
+                                                                                    : line.start;
 }
 
 }  // namespace

@@ -24,10 +24,10 @@ struct LayoutPart {
 };
 
 struct PartRegion {
-  bool known = false;        // the part was found in the message
-  uint64_t body_size = 0;    // its body as it stands in the message
-  bool unclosed = false;     // a multipart with delimiters but no closing one
-  uint64_t unshown = 0;      // then: the bytes after its last delimiter line
+  bool known = false;      // the part was found in the message
+  uint64_t body_size = 0;  // its body as it stands in the message
+  bool unclosed = false;   // a multipart with delimiters but no closing one
+  uint64_t unshown = 0;    // then: the bytes after its last delimiter line
 };
 
 // The regions of `parts` (the first is the whole message) in `message`.

@@ -11,7 +11,15 @@ namespace {
 bool IsForbiddenAscii(char32_t c) {
   if (c < 0x20 || c == 0x7F) return true;
   switch (c) {
-    case '/': case '\\': case '<': case '>': case ':': case '"': case '|': case '?': case '*':
+    case '/':
+    case '\\':
+    case '<':
+    case '>':
+    case ':':
+    case '"':
+    case '|':
+    case '?':
+    case '*':
       return true;
     default:
       return false;
@@ -75,7 +83,8 @@ bool IsDeviceName(std::string_view name) {
   for (std::string_view device : kPlain) {
     if (EqualsIgnoringCase(base, device)) return true;
   }
-  if (base.size() == 4 && (EqualsIgnoringCase(base.substr(0, 3), "COM") || EqualsIgnoringCase(base.substr(0, 3), "LPT"))) {
+  if (base.size() == 4 &&
+      (EqualsIgnoringCase(base.substr(0, 3), "COM") || EqualsIgnoringCase(base.substr(0, 3), "LPT"))) {
     return std::isdigit(static_cast<unsigned char>(base[3])) != 0;
   }
   return false;

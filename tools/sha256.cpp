@@ -32,7 +32,8 @@ void Compress(std::array<uint32_t, 8>* state, const unsigned char* block) {
   uint32_t a = (*state)[0], b = (*state)[1], c = (*state)[2], d = (*state)[3];
   uint32_t e = (*state)[4], f = (*state)[5], g = (*state)[6], h = (*state)[7];
   for (int i = 0; i < 64; ++i) {
-    const uint32_t t1 = h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + kRound[i] + w[i];
+    const uint32_t t1 =
+        h + (Rotr(e, 6) ^ Rotr(e, 11) ^ Rotr(e, 25)) + ((e & f) ^ (~e & g)) + kRound[i] + w[i];
     const uint32_t t2 = (Rotr(a, 2) ^ Rotr(a, 13) ^ Rotr(a, 22)) + ((a & b) ^ (a & c) ^ (b & c));
     h = g, g = f, f = e, e = d + t1, d = c, c = b, b = a, a = t1 + t2;
   }

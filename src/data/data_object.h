@@ -17,8 +17,10 @@ class DataObject final : public ComObject<DataObject, IEMSDataObject> {
 
   PV_MEMBERS_IEMSDataObject(PV_OVERRIDE_MEMBER)
 
-  // The library's own access, without the copies the interface makes.
-  const std::shared_ptr<const ByteStore>& store() const { return store_; }
+      // The library's own access, without the copies the interface makes.
+      const std::shared_ptr<const ByteStore>& store() const {
+    return store_;
+  }
   ULONG position() const { return position_; }
   ULONG length() const { return length_; }
   ULONG dataSize() const { return dataSize_; }

@@ -6,14 +6,14 @@
 namespace pv {
 namespace {
 
-constexpr std::string_view kTypeNames[] = {"",          "application", "audio", "image",
-                                           "message",   "multipart",   "text",  "video"};
+constexpr std::string_view kTypeNames[] = {"",        "application", "audio", "image",
+                                           "message", "multipart",   "text",  "video"};
 
 constexpr std::string_view kSubtypeNames[] = {
-    "empty",    "alternative", "basic",    "mac-binhex40", "digest",   "enriched",          "external-body",
-    "gif",      "html",        "jpeg",     "mixed",        "mpeg",     "ms-rtf",            "ms-tnef",
-    "msword",   "octet-stream", "parallel", "partial",     "plain",    "postscript",        "related",
-    "richtext", "rfc822",      "signed",   "x-vcard",      "wav",      "x-pkcs7-mime",      "x-pkcs7-signature"};
+    "empty",    "alternative",  "basic",    "mac-binhex40", "digest", "enriched",     "external-body",
+    "gif",      "html",         "jpeg",     "mixed",        "mpeg",   "ms-rtf",       "ms-tnef",
+    "msword",   "octet-stream", "parallel", "partial",      "plain",  "postscript",   "related",
+    "richtext", "rfc822",       "signed",   "x-vcard",      "wav",    "x-pkcs7-mime", "x-pkcs7-signature"};
 
 struct Candidate {
   std::string_view name;
@@ -39,8 +39,8 @@ const Candidate* SubtypeCandidates(char upper, size_t* count) {
   static const Candidate v[] = {{"x-vcard", 24}};
   static const Candidate w[] = {{"wav", 25}};
   static const Candidate x[] = {{"x-pkcs7-mime", 26}, {"x-pkcs7-signature", 27}};
-#define PV_CASE(letter, list)         \
-  case letter:                        \
+#define PV_CASE(letter, list)              \
+  case letter:                             \
     *count = sizeof list / sizeof list[0]; \
     return list;
   switch (upper) {
@@ -193,7 +193,8 @@ std::string MakeBoundary(LONG n, int64_t seconds, int32_t firstDraw, int32_t sec
   for (int i = 0; i < 9; ++i, t >>= 4) b.push_back(kDigits[t & 15]);
   b.push_back('.');
   // The product is a 32-bit signed number widened with its sign.
-  int32_t product = static_cast<int32_t>(static_cast<uint32_t>(firstDraw) * static_cast<uint32_t>(secondDraw));
+  int32_t product =
+      static_cast<int32_t>(static_cast<uint32_t>(firstDraw) * static_cast<uint32_t>(secondDraw));
   uint64_t r = static_cast<uint64_t>(static_cast<int64_t>(product));
   for (int i = 0; i < 9; ++i, r >>= 4) b.push_back(kDigits[r & 15]);
   return b;

@@ -42,7 +42,8 @@ std::vector<std::string_view> SplitHeaderBlock(std::string_view block) {
       const void* lf = next < n ? std::memchr(block.data() + next, '\n', n - next) : nullptr;
       next = lf == nullptr ? n : static_cast<size_t>(static_cast<const char*>(lf) - block.data());
     } else {
-      while (next < n && block[next] != '\n' && block[next] != ':' && block[next] != ' ' && block[next] != '\t') {
+      while (next < n && block[next] != '\n' && block[next] != ':' && block[next] != ' ' &&
+             block[next] != '\t') {
         ++next;
       }
     }

@@ -126,7 +126,8 @@ bool DecodeQWord(std::string_view word, std::string* bytes) {
 // read, so the text after a word is converted with that word's page.
 class EncodedWordDecoder {
  public:
-  EncodedWordDecoder(HeaderCharset* state, std::string_view in, WString* out) : state_(state), in_(in), out_(out) {}
+  EncodedWordDecoder(HeaderCharset* state, std::string_view in, WString* out)
+      : state_(state), in_(in), out_(out) {}
 
   void Run() {
     state_->SetHeaderCodePage(kCodePageUnset);
@@ -258,7 +259,11 @@ bool IsAdditivePage(LONG codePage) {
 class EncodedWordEncoder {
  public:
   EncodedWordEncoder(HeaderCharset* state, WStringView text, WString* out)
-      : state_(state), text_(text), out_(out), page_(EncodingPage(*state)), additive_(IsAdditivePage(page_)) {}
+      : state_(state),
+        text_(text),
+        out_(out),
+        page_(EncodingPage(*state)),
+        additive_(IsAdditivePage(page_)) {}
 
   void Run() {
     std::string_view charset = CodePageToHeaderCharset(page_);
@@ -305,8 +310,10 @@ class EncodedWordEncoder {
   // The automatic choice: Q for the ISO 8859 pages and B for ISO 2022 by
   // name; otherwise by the share of 7-bit characters in the text.
   LONG ChooseEncoding(std::string_view charset) const {
-    if (ContainsIgnoreCase(charset, "iso-8859") || ContainsIgnoreCase(charset, "iso8859")) return kHeaderEncodingQ;
-    if (ContainsIgnoreCase(charset, "iso-2022") || ContainsIgnoreCase(charset, "iso2022")) return kHeaderEncodingB;
+    if (ContainsIgnoreCase(charset, "iso-8859") || ContainsIgnoreCase(charset, "iso8859"))
+      return kHeaderEncodingQ;
+    if (ContainsIgnoreCase(charset, "iso-2022") || ContainsIgnoreCase(charset, "iso2022"))
+      return kHeaderEncodingB;
     if (text_.empty()) return kHeaderEncodingNone;
     int64_t ascii = 0;
     for (OLECHAR c : text_) ascii += static_cast<uint16_t>(c) < 128 ? 1 : 0;
@@ -333,7 +340,8 @@ class EncodedWordEncoder {
   // page cannot convert them).
   int64_t Measure(size_t position, size_t units) const {
     if (units > static_cast<size_t>(INT_MAX)) return 0;
-    return WideToMultiByte(static_cast<UINT>(page_), text_.data() + position, static_cast<int>(units), nullptr, 0);
+    return WideToMultiByte(static_cast<UINT>(page_), text_.data() + position, static_cast<int>(units),
+                           nullptr, 0);
   }
 
   // Cuts the next chunk at `position`: the longest run of whole characters
@@ -342,7 +350,8 @@ class EncodedWordEncoder {
   size_t CutChunk(size_t position, int64_t budget) {
     size_t units = additive_ ? GrowOneByOne(position, budget) : GrowBySearch(position, budget);
     if (units == 0) return 0;
-    if (!ToNarrow(static_cast<UINT>(page_), text_.substr(position, units), &bytes_) || bytes_.empty()) return 0;
+    if (!ToNarrow(static_cast<UINT>(page_), text_.substr(position, units), &bytes_) || bytes_.empty())
+      return 0;
     return units;
   }
 
@@ -461,7 +470,8 @@ class EncodedWordEncoder {
 }  // namespace
 
 // ---------------------------------------------------------------- the object
-HeaderCharset::HeaderCharset(IUnknown* outer) : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
+HeaderCharset::HeaderCharset(IUnknown* outer)
+    : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
 void HeaderCharset::SetHeaderNameLength(size_t length) {
   constexpr LONG kLargest = std::numeric_limits<LONG>::max();

@@ -34,10 +34,10 @@ class HeaderCharset final : public ComObject<HeaderCharset, IEMSHeaderCharset> {
 
   PV_MEMBERS_IEMSHeaderCharset(PV_OVERRIDE_MEMBER)
 
-  // ParseHeader on narrow text in the ANSI code page: decodes the encoded
-  // words and leaves HeaderCodePage and DefaultEncoding at those of the
-  // last word. S_OK, or E_OUTOFMEMORY.
-  HRESULT Decode(std::string_view ansiText, WString* out);
+      // ParseHeader on narrow text in the ANSI code page: decodes the encoded
+      // words and leaves HeaderCodePage and DefaultEncoding at those of the
+      // last word. S_OK, or E_OUTOFMEMORY.
+      HRESULT Decode(std::string_view ansiText, WString* out);
   // AssembleHeader: `text` as a run of encoded words joined by "\r\n ".
   // S_OK, or E_OUTOFMEMORY.
   HRESULT Encode(WStringView text, WString* out);
@@ -47,7 +47,9 @@ class HeaderCharset final : public ComObject<HeaderCharset, IEMSHeaderCharset> {
   // The stored value: -1 when not set.
   LONG storedHeaderCodePage() const { return headerCodePage_; }
   // HeaderCodePage as the property reads it: DefaultCodePage when not set.
-  LONG headerCodePage() const { return headerCodePage_ == kCodePageUnset ? defaultCodePage_ : headerCodePage_; }
+  LONG headerCodePage() const {
+    return headerCodePage_ == kCodePageUnset ? defaultCodePage_ : headerCodePage_;
+  }
   void SetHeaderCodePage(LONG codePage) { headerCodePage_ = codePage; }
   LONG defaultCodePage() const { return defaultCodePage_; }
   void SetDefaultCodePage(LONG codePage) { defaultCodePage_ = codePage; }

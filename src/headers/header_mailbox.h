@@ -23,8 +23,8 @@ class HeaderMailbox final : public ComObject<HeaderMailbox, IEMSHeaderMailbox> {
 
   PV_MEMBERS_IEMSHeaderMailbox(PV_OVERRIDE_MEMBER)
 
-  // SplitString: the display name goes to Name undecoded.
-  void Split(WStringView text);
+      // SplitString: the display name goes to Name undecoded.
+      void Split(WStringView text);
   // ParseMailbox on narrow text in the ANSI page: splits, then decodes the
   // display name and learns the code page and encoding of its last encoded
   // word. S_OK, or the failure to make the charset object.

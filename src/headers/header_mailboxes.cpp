@@ -17,7 +17,9 @@ HeaderMailboxes::Slot HeaderMailboxes::SlotOf(LONG index) const {
   return static_cast<size_t>(index) < names_.size() ? Slot::kStored : Slot::kPastTheEnd;
 }
 
-bool HeaderMailboxes::CanStoreAt(LONG index) const { return index == kAppend || SlotOf(index) == Slot::kStored; }
+bool HeaderMailboxes::CanStoreAt(LONG index) const {
+  return index == kAppend || SlotOf(index) == Slot::kStored;
+}
 
 // ---------------------------------------------------------------- parsing
 HRESULT HeaderMailboxes::Parse(WStringView text, bool encoded) {

@@ -27,9 +27,9 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
 
   PV_MEMBERS_IEMSHeaderMailboxes(PV_OVERRIDE_MEMBER)
 
-  // The index that appends in MailboxData, DecodedMailbox and EncodedMailbox
-  // puts.
-  static constexpr LONG kAppend = -1;
+      // The index that appends in MailboxData, DecodedMailbox and EncodedMailbox
+      // puts.
+      static constexpr LONG kAppend = -1;
 
   // ParseMailboxes: empties the list and adds every piece of the address
   // list, decoding the display names when `encoded`. The ANSI form widens

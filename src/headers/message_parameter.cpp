@@ -615,7 +615,8 @@ HRESULT MessageParameter::ParseDisposition(BSTR bszVal) {
 
 HRESULT MessageParameter::AssembleDisposition(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(AnsiToWide(content_.dispositionType) + AssembledAttributes(), pVal); });
+  return Guard(
+      [&] { return ReturnBstr(AnsiToWide(content_.dispositionType) + AssembledAttributes(), pVal); });
 }
 
 HRESULT MessageParameter::get_DispositionType(BSTR* pVal) {

@@ -39,13 +39,12 @@ class MessageParameter final
   // Makes the field's header charset and attribute list.
   HRESULT FinalConstruct() override;
 
-  PV_MEMBERS_IEMSMessageParameter(PV_OVERRIDE_MEMBER)
-  PV_MEMBERS_IEMSContentType(PV_OVERRIDE_MEMBER)
-  PV_MEMBERS_IEMSContentDisposition(PV_OVERRIDE_MEMBER)
+  PV_MEMBERS_IEMSMessageParameter(PV_OVERRIDE_MEMBER) PV_MEMBERS_IEMSContentType(PV_OVERRIDE_MEMBER)
+      PV_MEMBERS_IEMSContentDisposition(PV_OVERRIDE_MEMBER)
 
-  // ---------------------------------------------------------------- the library's own entry points
-  // ParseHeader on narrow text: S_OK, or E_FAIL without a usable colon.
-  HRESULT ParseHeaderNarrow(std::string_view ansiText);
+      // ---------------------------------------------------------------- the library's own entry points
+      // ParseHeader on narrow text: S_OK, or E_FAIL without a usable colon.
+      HRESULT ParseHeaderNarrow(std::string_view ansiText);
   // AssembleHeader as narrow text (without the final conversion to wide).
   HRESULT AssembleHeaderNarrow(std::string* out);
   // RawData as narrow text: the values joined by "\r\n\r\n", then, for a

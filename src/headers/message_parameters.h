@@ -26,11 +26,11 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
 
   PV_MEMBERS_IEMSMessageParameters(PV_OVERRIDE_MEMBER)
 
-  // ---------------------------------------------------------------- the library's own entry points
-  // The header-block parse of ParseParameters / ParseParametersObject over
-  // narrow bytes in the ANSI code page (the whole span is read: hand over
-  // exactly the header block). Replaces the whole content.
-  HRESULT ParseBlock(std::string_view ansiBlock);
+      // ---------------------------------------------------------------- the library's own entry points
+      // The header-block parse of ParseParameters / ParseParametersObject over
+      // narrow bytes in the ANSI code page (the whole span is read: hand over
+      // exactly the header block). Replaces the whole content.
+      HRESULT ParseBlock(std::string_view ansiBlock);
   // FindParameter on a narrow name: the first field of that name, or null.
   ComPtr<IEMSMessageParameter> Find(std::string_view ansiName) const;
   // AssembleParameters as narrow text (empty for a list that writes nothing).

@@ -54,7 +54,9 @@ bool IsPlainText(WStringView text) {
 
 // Whether a raw value, written between quotes, reads back as itself: the
 // parameter ends at ";", and the field at a line feed that is not a fold.
-bool RawStandsQuoted(std::string_view raw) { return raw.find(';') == std::string_view::npos && StaysInField(raw); }
+bool RawStandsQuoted(std::string_view raw) {
+  return raw.find(';') == std::string_view::npos && StaysInField(raw);
+}
 
 }  // namespace
 
@@ -83,7 +85,9 @@ void PercentDecode(std::string_view text, LONG codePage, WString* out) {
   std::string escaped;  // the current run of escaped bytes
   size_t plainFrom = 0;
   size_t i = 0;
-  auto flushPlain = [&](size_t end) { AppendConverted(kCodePageAnsi, text.substr(plainFrom, end - plainFrom), out); };
+  auto flushPlain = [&](size_t end) {
+    AppendConverted(kCodePageAnsi, text.substr(plainFrom, end - plainFrom), out);
+  };
   auto flushEscaped = [&] {
     AppendConverted(static_cast<UINT>(codePage), escaped, out);
     escaped.clear();

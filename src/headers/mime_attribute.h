@@ -44,9 +44,9 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
 
   PV_MEMBERS_IEMSMimeAttribute(PV_OVERRIDE_MEMBER)
 
-  // ParseAttribute on narrow text: S_OK, E_FAIL when there is no "=", or
-  // E_OUTOFMEMORY.
-  HRESULT Parse(std::string_view ansiText);
+      // ParseAttribute on narrow text: S_OK, E_FAIL when there is no "=", or
+      // E_OUTOFMEMORY.
+      HRESULT Parse(std::string_view ansiText);
   // ParseAttribute from text already cut by SplitAttributeText.
   HRESULT ParseSplit(const AttributeText& parts);
   // AssembleAttribute: re-encodes the decoded value, then appends

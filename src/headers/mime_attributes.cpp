@@ -42,7 +42,8 @@ bool NameStands(std::string_view name) {
   if (name.empty() || IsSkippedBeforeParameter(name.front())) return false;
   if (IsBlank(name.back()) || name.back() == '*') return false;
   for (char c : name) {
-    if (c == '=' || c == ';' || (HasCharClass(static_cast<unsigned char>(c), kCharControl) && c != '\t')) return false;
+    if (c == '=' || c == ';' || (HasCharClass(static_cast<unsigned char>(c), kCharControl) && c != '\t'))
+      return false;
   }
   return true;
 }

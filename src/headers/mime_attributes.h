@@ -33,10 +33,10 @@ class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes
 
   PV_MEMBERS_IEMSMimeAttributes(PV_OVERRIDE_MEMBER)
 
-  // ParseAttributes on narrow text: empties the list and adds one attribute
-  // per ";"-separated parameter, the first of a name winning. S_OK, or the
-  // failure to make an attribute (the entries made so far stay).
-  HRESULT Parse(std::string_view ansiText);
+      // ParseAttributes on narrow text: empties the list and adds one attribute
+      // per ";"-separated parameter, the first of a name winning. S_OK, or the
+      // failure to make an attribute (the entries made so far stay).
+      HRESULT Parse(std::string_view ansiText);
   // AssembleAttributes: appends ";\r\n\t" and name="value" for every entry
   // in key order (entries whose text is empty are left out); nothing when
   // there is nothing to write.

@@ -41,9 +41,10 @@ constexpr std::array<uint16_t, 128> kTable = BuildTable();
 }  // namespace
 
 const uint16_t kMimeCharClass[128] = {
-#define PV_ROW(i) kTable[i], kTable[i + 1], kTable[i + 2], kTable[i + 3], kTable[i + 4], kTable[i + 5], \
-                  kTable[i + 6], kTable[i + 7]
-    PV_ROW(0),  PV_ROW(8),  PV_ROW(16), PV_ROW(24), PV_ROW(32),  PV_ROW(40),  PV_ROW(48),  PV_ROW(56),
+#define PV_ROW(i)                                                                                      \
+  kTable[i], kTable[i + 1], kTable[i + 2], kTable[i + 3], kTable[i + 4], kTable[i + 5], kTable[i + 6], \
+      kTable[i + 7]
+    PV_ROW(0),  PV_ROW(8),  PV_ROW(16), PV_ROW(24), PV_ROW(32), PV_ROW(40),  PV_ROW(48),  PV_ROW(56),
     PV_ROW(64), PV_ROW(72), PV_ROW(80), PV_ROW(88), PV_ROW(96), PV_ROW(104), PV_ROW(112), PV_ROW(120),
 #undef PV_ROW
 };

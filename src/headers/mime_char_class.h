@@ -24,9 +24,13 @@ enum MimeCharFlag : uint16_t {
 extern const uint16_t kMimeCharClass[128];
 
 // Whether byte `c` has any of `flags`.
-inline bool HasCharClass(unsigned char c, uint16_t flags) { return c < 0x80 && (kMimeCharClass[c] & flags) != 0; }
+inline bool HasCharClass(unsigned char c, uint16_t flags) {
+  return c < 0x80 && (kMimeCharClass[c] & flags) != 0;
+}
 // The same for a wide character (only the ASCII range has classes).
-inline bool HasCharClassWide(uint32_t c, uint16_t flags) { return c < 0x80 && (kMimeCharClass[c] & flags) != 0; }
+inline bool HasCharClassWide(uint32_t c, uint16_t flags) {
+  return c < 0x80 && (kMimeCharClass[c] & flags) != 0;
+}
 
 }  // namespace pv
 

@@ -161,15 +161,15 @@ HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
 // ---------------------------------------------------------------- code pages and encodings
 // Plain stores: a new default code page or encoding reaches the header list
 // and the root part only at the next reset, parse or body store.
-#define PV_MESSAGE_NUMBER_PROPERTY(Name, member)             \
-  HRESULT MessageParser::put_##Name(LONG newVal) {           \
-    member = newVal;                                         \
-    return S_OK;                                             \
-  }                                                          \
-  HRESULT MessageParser::get_##Name(LONG* pVal) {            \
-    if (pVal == nullptr) return E_POINTER;                   \
-    *pVal = member;                                          \
-    return S_OK;                                             \
+#define PV_MESSAGE_NUMBER_PROPERTY(Name, member)   \
+  HRESULT MessageParser::put_##Name(LONG newVal) { \
+    member = newVal;                               \
+    return S_OK;                                   \
+  }                                                \
+  HRESULT MessageParser::get_##Name(LONG* pVal) {  \
+    if (pVal == nullptr) return E_POINTER;         \
+    *pVal = member;                                \
+    return S_OK;                                   \
   }
 
 PV_MESSAGE_NUMBER_PROPERTY(DefaultCodePage, defaultCodePage_)

@@ -34,11 +34,11 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
 
   PV_MEMBERS_IEMSMessageParser(PV_OVERRIDE_MEMBER)
 
-  // ---------------------------------------------------------------- the library's own entry points
-  // Moves every field whose name begins with "Content-" from the header list
-  // to the root part's list, making the root part when there is such a
-  // field. Nothing happens when the MIME list or the root part cannot be made.
-  void SplitMimeHeaders();
+      // ---------------------------------------------------------------- the library's own entry points
+      // Moves every field whose name begins with "Content-" from the header list
+      // to the root part's list, making the root part when there is such a
+      // field. Nothing happens when the MIME list or the root part cannot be made.
+      void SplitMimeHeaders();
 
   // Scans a plain text for uuencoded blocks. When at least one is found,
   // `parts` receives a new list: first a "text/plain" part holding the text
@@ -68,8 +68,8 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   // there is no root part, no such field or the field has no content state.
   void RootContentCodes(LONG* type, LONG* subtype);
   // TextBody put and HTMLBody put.
-  HRESULT PutBody(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage, LONG newCodePage,
-                  LONG newEncoding);
+  HRESULT PutBody(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage,
+                  LONG newCodePage, LONG newEncoding);
   // TextBody get and HTMLBody get of a MIME message.
   HRESULT DecodedBodyOfSubtype(LONG subtype, LONG codePage, BSTR* pVal);
   // The shared sequence of the four mailbox setters and getters.

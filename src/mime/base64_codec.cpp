@@ -126,8 +126,10 @@ __attribute__((target("avx2"))) Cursor DecodeCleanBlocksAvx2(Cursor at, const un
     __m256i c = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
     __m256i high = _mm256_and_si256(_mm256_srli_epi32(c, 4), kLowNibble);
     __m256i low = _mm256_and_si256(c, kLowNibble);
-    __m256i invalid = _mm256_and_si256(_mm256_shuffle_epi8(kInvalidLow, low), _mm256_shuffle_epi8(kHighClass, high));
-    auto validBytes = static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(invalid, _mm256_setzero_si256())));
+    __m256i invalid =
+        _mm256_and_si256(_mm256_shuffle_epi8(kInvalidLow, low), _mm256_shuffle_epi8(kHighClass, high));
+    auto validBytes =
+        static_cast<uint32_t>(_mm256_movemask_epi8(_mm256_cmpeq_epi8(invalid, _mm256_setzero_si256())));
     if (validBytes == 0) break;
     __m256i shift = _mm256_shuffle_epi8(kShift, _mm256_add_epi8(high, _mm256_cmpeq_epi8(c, kSlash)));
     __m256i values = _mm256_add_epi8(c, shift);
@@ -267,7 +269,8 @@ bool EncodeBase64(std::string_view body, std::string* out) {
   // Every full line keeps its "\r\n" (the last one too: the line loop's
   // extra pass writes only a line break, and that is what gets removed); a
   // shorter last line has none, and the padded group follows directly.
-  const uint64_t size = static_cast<uint64_t>(fullLines) * (4 * kGroupsPerLine + 2) + 4 * lastGroups + (rest ? 4 : 0);
+  const uint64_t size =
+      static_cast<uint64_t>(fullLines) * (4 * kGroupsPerLine + 2) + 4 * lastGroups + (rest ? 4 : 0);
   if (size == 0 || size > static_cast<uint64_t>(std::numeric_limits<int32_t>::max())) return false;
 
   out->assign(static_cast<size_t>(size), '\0');

@@ -99,7 +99,8 @@ class PartTreeWriter {
     std::unordered_map<std::string_view, std::vector<size_t>> found;
     const std::string_view text(*out_);
     const std::string pattern = "--" + std::string(kGeneratedBoundaryPrefix);
-    for (size_t at = text.find(pattern, base); at != std::string_view::npos; at = text.find(pattern, at + 1)) {
+    for (size_t at = text.find(pattern, base); at != std::string_view::npos;
+         at = text.find(pattern, at + 1)) {
       if (at + 2 + kGeneratedBoundaryLength > text.size()) break;
       found[text.substr(at + 2, kGeneratedBoundaryLength)].push_back(at);
     }
@@ -166,8 +167,8 @@ class PartTreeWriter {
     }
     out_->append(delimiter).append("\r\n");  // no preamble
     *hasBody = true;
-    frames_.push_back(
-        {ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, false, 0, delimiter, generated});
+    frames_.push_back({ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, false,
+                       0, delimiter, generated});
     onPath_.insert(part);
     return S_OK;
   }
@@ -255,7 +256,8 @@ class PartTreeWriter {
       // reads back with the bytes it was written with. A child that wrote
       // nothing, or a multipart child that ends with its own closing
       // delimiter, reads back the same without it.
-      const bool ownBreak = frame.next >= frame.count && !frame.childClosed && out_->size() > frame.childStart;
+      const bool ownBreak =
+          frame.next >= frame.count && !frame.childClosed && out_->size() > frame.childStart;
       if (ownBreak || !EndsWithLineBreak(*out_)) out_->append("\r\n");
       out_->append(frame.delimiter);
       frame.childWritten = false;
@@ -279,7 +281,8 @@ class PartTreeWriter {
     ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
     if (!own) {
       ComPtr<IEMSDataObject> assembled;
-      if (SUCCEEDED(child->AssemblePartObject(assembled.put())) && assembled) AppendBytesOf(assembled.get(), out_);
+      if (SUCCEEDED(child->AssemblePartObject(assembled.put())) && assembled)
+        AppendBytesOf(assembled.get(), out_);
       return S_OK;
     }
     // A part that contains itself would be written without end: where it

@@ -127,7 +127,8 @@ HRESULT MimePart::CreateAttach(BSTR bszName, IEMSDataObject* pObject, LONG bEmbe
       ComPtr<IEMSContentDisposition> state;
       if (SUCCEEDED(disposition.As(&state)) && state) state->put_FileName(Bstr(name).get());
     }
-    const std::pair<const char*, BSTR> optional[] = {{"Content-ID", bszContentId}, {"Content-Location", bszContentLoc}};
+    const std::pair<const char*, BSTR> optional[] = {{"Content-ID", bszContentId},
+                                                     {"Content-Location", bszContentLoc}};
     for (const auto& [fieldName, value] : optional) {
       if (View(value).empty()) continue;
       ComPtr<IEMSMessageParameter> field;
@@ -267,7 +268,8 @@ HRESULT MimePart::get_DecodedBody(BSTR* pVal) {
       ComPtr<IEMSHeaderCharset> charset;
       Bstr name(charsetName);
       LONG mapped = -1;
-      if (SUCCEEDED(type->get_HeaderCharset(charset.put())) && charset) charset->CharsetToCodePage(name.get(), &mapped);
+      if (SUCCEEDED(type->get_HeaderCharset(charset.put())) && charset)
+        charset->CharsetToCodePage(name.get(), &mapped);
       codePage = mapped;
     }
     // A charset the table does not know reads as the part's code page, and

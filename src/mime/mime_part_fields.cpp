@@ -33,7 +33,8 @@ bool FieldContentCodes(IEMSMessageParameter* field, LONG* type, LONG* subtype) {
     return true;
   }
   ComPtr<IEMSContentType> content;
-  if (FAILED(field->QueryInterface(IidOf<IEMSContentType>::Get(), content.put_void())) || !content) return false;
+  if (FAILED(field->QueryInterface(IidOf<IEMSContentType>::Get(), content.put_void())) || !content)
+    return false;
   LONG t = 0;
   LONG s = 0;
   if (FAILED(content->get_MimeType(&t)) || FAILED(content->get_MimeSubType(&s))) return false;
@@ -62,7 +63,8 @@ std::string BoundaryOf(IEMSMessageParameter* field) {
     return boundary;
   }
   ComPtr<IEMSContentType> content;
-  if (FAILED(field->QueryInterface(IidOf<IEMSContentType>::Get(), content.put_void())) || !content) return boundary;
+  if (FAILED(field->QueryInterface(IidOf<IEMSContentType>::Get(), content.put_void())) || !content)
+    return boundary;
   Bstr value;
   if (SUCCEEDED(content->get_Boundary(value.put()))) boundary = WideToAnsi(value.view());
   return boundary;
@@ -72,7 +74,8 @@ std::string DispositionTypeOf(IEMSMessageParameter* field) {
   if (field == nullptr) return std::string();
   if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) return own->content().dispositionType;
   ComPtr<IEMSContentDisposition> disposition;
-  if (FAILED(field->QueryInterface(IidOf<IEMSContentDisposition>::Get(), disposition.put_void())) || !disposition) {
+  if (FAILED(field->QueryInterface(IidOf<IEMSContentDisposition>::Get(), disposition.put_void())) ||
+      !disposition) {
     return std::string();
   }
   Bstr value;

@@ -60,8 +60,8 @@ HRESULT PartTreeParser::ParseRoot(MimePart* part) {
   const size_t bodyBegin = spanBegin_ + headerLength + 4;
   if (bodyBegin < spanEnd_) {
     ComPtr<IEMSDataObject> body;
-    HRESULT hr =
-        CloneDataSpan(rootObject_, static_cast<ULONG>(bodyBegin), static_cast<ULONG>(spanEnd_ - bodyBegin), &body);
+    HRESULT hr = CloneDataSpan(rootObject_, static_cast<ULONG>(bodyBegin),
+                               static_cast<ULONG>(spanEnd_ - bodyBegin), &body);
     if (FAILED(hr)) return hr;
     part->SetBody(body);
     StoreBody(part, body.get(), bodyBegin, spanEnd_);
@@ -124,8 +124,8 @@ void PartTreeParser::Split(SplitJob& job) {
 // ParsePartObject of a new child on the span [begin, end): the same steps
 // as for the root, without the clone of the whole span that the child would
 // only read.
-PartTreeParser::ChildResult PartTreeParser::ParseChild(MimePart* child, IEMSDataObject* parentBody, size_t begin,
-                                                       size_t end) {
+PartTreeParser::ChildResult PartTreeParser::ParseChild(MimePart* child, IEMSDataObject* parentBody,
+                                                       size_t begin, size_t end) {
   const size_t headerLength = FindHeaderBlockEnd(text_.substr(begin, end - begin));
   if (headerLength == std::string_view::npos) return ChildResult::kDropped;
   if (headerLength != 0) ParseHeaderBlock(child->headers(), text_.substr(begin, headerLength));
@@ -139,8 +139,10 @@ PartTreeParser::ChildResult PartTreeParser::ParseChild(MimePart* child, IEMSData
   return ChildResult::kParsed;
 }
 
-HRESULT PartTreeParser::SpanOf(IEMSDataObject* source, size_t begin, size_t end, ComPtr<IEMSDataObject>* out) {
-  if (!ownStore_) return CloneDataSpan(source, static_cast<ULONG>(begin), static_cast<ULONG>(end - begin), out);
+HRESULT PartTreeParser::SpanOf(IEMSDataObject* source, size_t begin, size_t end,
+                               ComPtr<IEMSDataObject>* out) {
+  if (!ownStore_)
+    return CloneDataSpan(source, static_cast<ULONG>(begin), static_cast<ULONG>(end - begin), out);
   ComPtr<DataObject> clone;
   HRESULT hr = MakeObject(&clone);
   if (FAILED(hr)) return hr;

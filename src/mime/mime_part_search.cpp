@@ -219,7 +219,8 @@ Visit VisitForSubType(MimePart* part, LONG subtypeAsked) {
   if (type == kTypeMultipart) return Visit::kDescend;
   if (type < kTypeUnknown || type > kTypeVideo || type == kTypeNone) return Visit::kFailed;
   if (subtype != subtypeAsked) return Visit::kFailed;
-  if (IsAttachmentDisposition(FieldByName(part->headers(), "Content-Disposition").get())) return Visit::kFailed;
+  if (IsAttachmentDisposition(FieldByName(part->headers(), "Content-Disposition").get()))
+    return Visit::kFailed;
   return Visit::kFound;
 }
 

@@ -15,7 +15,9 @@ namespace {
 bool InRange(LONG index, size_t size) { return index >= 0 && static_cast<size_t>(index) < size; }
 
 // A count as the interface's 32-bit number.
-LONG CountOf(size_t size) { return size > static_cast<size_t>(INT32_MAX) ? INT32_MAX : static_cast<LONG>(size); }
+LONG CountOf(size_t size) {
+  return size > static_cast<size_t>(INT32_MAX) ? INT32_MAX : static_cast<LONG>(size);
+}
 
 }  // namespace
 

@@ -90,8 +90,8 @@ std::vector<ChildSpan> MultipartSplitter::Split(size_t begin, size_t end, std::s
   for (;;) {
     const size_t start = current + length;
     const LengthIndex* index = IndexFor(delimiter);
-    Found next =
-        index != nullptr ? NextByIndex(delimiter, *index, begin, end, start) : NextByScan(delimiter, begin, end, start);
+    Found next = index != nullptr ? NextByIndex(delimiter, *index, begin, end, start)
+                                  : NextByScan(delimiter, begin, end, start);
     if (next.kind == Kind::kNone) return children;  // the rest is lost
     size_t childEnd = next.kind == Kind::kClosing ? next.position - 2 : next.position;
     // A boundary that itself ends in a line break can make the closing
@@ -105,7 +105,8 @@ std::vector<ChildSpan> MultipartSplitter::Split(size_t begin, size_t end, std::s
 // Every occurrence from `start` on, classified as SplitMultipartBody does:
 // too close to the end to be followed by two bytes, followed by "\r\n", or
 // preceded by "\r\n" and followed by "--"; any other occurrence is passed.
-MultipartSplitter::Found MultipartSplitter::NextByScan(const Delimiter& d, size_t begin, size_t end, size_t start) {
+MultipartSplitter::Found MultipartSplitter::NextByScan(const Delimiter& d, size_t begin, size_t end,
+                                                       size_t start) {
   const size_t length = d.size();
   const std::string_view body = text_.substr(begin, end - begin);
   BytePattern::Occurrences occurrences(d.pattern, body, start - begin);
@@ -118,7 +119,8 @@ MultipartSplitter::Found MultipartSplitter::NextByScan(const Delimiter& d, size_
       found = {q, Kind::kLast};
     } else if (text_.compare(q + length, 2, "\r\n") == 0) {
       found = {q, Kind::kOrdinary};
-    } else if (q >= begin + 2 && text_.compare(q - 2, 2, "\r\n") == 0 && text_.compare(q + length, 2, "--") == 0) {
+    } else if (q >= begin + 2 && text_.compare(q - 2, 2, "\r\n") == 0 &&
+               text_.compare(q + length, 2, "--") == 0) {
       found = {q, Kind::kClosing};
     } else {
       continue;
@@ -134,8 +136,8 @@ MultipartSplitter::Found MultipartSplitter::NextByScan(const Delimiter& d, size_
 // the body's own bounds are checked here. Occurrences too close to the end
 // of the body (the last delimiter) can only be at two places, checked
 // directly.
-MultipartSplitter::Found MultipartSplitter::NextByIndex(const Delimiter& d, const LengthIndex& index, size_t begin,
-                                                        size_t end, size_t start) const {
+MultipartSplitter::Found MultipartSplitter::NextByIndex(const Delimiter& d, const LengthIndex& index,
+                                                        size_t begin, size_t end, size_t start) const {
   const size_t length = d.size();
   auto matches = [&](size_t q) { return std::memcmp(text_.data() + q, d.bytes.data(), length) == 0; };
   auto bucket = index.find(d.hash);
@@ -195,7 +197,8 @@ MultipartSplitter::LengthIndex MultipartSplitter::BuildIndex(size_t length) cons
     }
     // Closing: the delimiter starts the next line and "--" follows it.
     const size_t q = lf + 1;
-    if (q + length + 2 <= regionEnd_ && IsDash(t + q) && IsDash(t + q + length) && HasNoLineBreak(q, q + length)) {
+    if (q + length + 2 <= regionEnd_ && IsDash(t + q) && IsDash(t + q + length) &&
+        HasNoLineBreak(q, q + length)) {
       add(q, Kind::kClosing);
     }
   }

@@ -35,7 +35,8 @@ class MultipartSplitter {
   // The children of the body [begin, end) with delimiter "--" + boundary:
   // SplitMultipartBody(text.substr(begin, end - begin), boundary) with each
   // offset moved by `begin`.
-  std::vector<ChildSpan> Split(size_t begin, size_t end, std::string_view boundary, bool* foundDelimiter = nullptr);
+  std::vector<ChildSpan> Split(size_t begin, size_t end, std::string_view boundary,
+                               bool* foundDelimiter = nullptr);
 
   // How many delimiter lengths have an index (for tests and benchmarks).
   size_t index_count() const { return indexes_.size(); }
@@ -60,7 +61,8 @@ class MultipartSplitter {
 
   // The next delimiter at or after `start` in the body [begin, end).
   Found NextByScan(const Delimiter& d, size_t begin, size_t end, size_t start);
-  Found NextByIndex(const Delimiter& d, const LengthIndex& index, size_t begin, size_t end, size_t start) const;
+  Found NextByIndex(const Delimiter& d, const LengthIndex& index, size_t begin, size_t end,
+                    size_t start) const;
   const LengthIndex* IndexFor(const Delimiter& d);
   LengthIndex BuildIndex(size_t length) const;
   bool HasNoLineBreak(size_t begin, size_t end) const;

@@ -109,7 +109,8 @@ bool EncodeUuencode(std::string_view body, std::string_view name, std::string* o
 // The whole encode of a body for a concrete code (0, 1, 2 or 4; resolve code
 // 3 with ChooseTransferEncoding first). Code 0 copies the body; any other
 // code fails.
-bool EncodeTransferBody(TransferEncoding code, std::string_view body, std::string_view name, std::string* out);
+bool EncodeTransferBody(TransferEncoding code, std::string_view body, std::string_view name,
+                        std::string* out);
 
 }  // namespace pv
 

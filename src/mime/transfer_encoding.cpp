@@ -23,7 +23,8 @@ template <class Char>
 TransferEncoding EncodingOfField(std::basic_string_view<Char> value) {
   if (EqualsIgnoringCase(value, "base64")) return kTransferBase64;
   if (EqualsIgnoringCase(value, "quoted-printable")) return kTransferQuotedPrintable;
-  if (EqualsIgnoringCase(value, "uuencode") || EqualsIgnoringCase(value, "x-uuencode")) return kTransferUuencode;
+  if (EqualsIgnoringCase(value, "uuencode") || EqualsIgnoringCase(value, "x-uuencode"))
+    return kTransferUuencode;
   return kTransferNone;
 }
 
@@ -103,7 +104,8 @@ bool DecodeTransferBody(TransferEncoding code, std::string_view body, std::strin
   return produced != 0;
 }
 
-bool EncodeTransferBody(TransferEncoding code, std::string_view body, std::string_view name, std::string* out) {
+bool EncodeTransferBody(TransferEncoding code, std::string_view body, std::string_view name,
+                        std::string* out) {
   switch (code) {
     case kTransferNone:
       out->assign(body.data(), body.size());

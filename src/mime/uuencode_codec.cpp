@@ -55,7 +55,8 @@ bool DecodeDataGroups(const unsigned char*& p, const unsigned char* end, char*& 
     if (end - p >= 4) {
       uint8_t a = kValues[p[0]], b = kValues[p[1]], c = kValues[p[2]], d = kValues[p[3]];
       if ((a | b | c | d) & kLineBreakFlag) return false;
-      bits = (static_cast<uint32_t>(a) << 18) | (static_cast<uint32_t>(b) << 12) | (static_cast<uint32_t>(c) << 6) | d;
+      bits = (static_cast<uint32_t>(a) << 18) | (static_cast<uint32_t>(b) << 12) |
+             (static_cast<uint32_t>(c) << 6) | d;
       p += 4;
     } else {
       for (int i = 0; i < 4; ++i) {

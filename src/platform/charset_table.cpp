@@ -97,35 +97,35 @@ constexpr CharsetName kRegistryNames[] = {
     {"_iso-2022-jp$sio", 50222},
     {"ansi_x3.4-1968", 28591},  // as iso-8859-1
     {"ansi_x3.4-1986", 28591},  // as iso-8859-1
-    {"arabic", 28596},  // as iso-8859-6
+    {"arabic", 28596},          // as iso-8859-6
     {"asmo-708", 708},
-    {"chinese", 936},  // as gb2312
-    {"cn-gb", 936},  // as gb2312
-    {"cp1256", 1256},  // as windows-1256
-    {"cp367", 28591},  // as iso-8859-1
-    {"cp819", 28591},  // as iso-8859-1
-    {"cp852", 852},  // as ibm852
-    {"csascii", 28591},  // as iso-8859-1
-    {"csbig5", 950},  // as big5
-    {"cseuckr", 949},  // as ks_c_5601-1987
+    {"chinese", 936},                // as gb2312
+    {"cn-gb", 936},                  // as gb2312
+    {"cp1256", 1256},                // as windows-1256
+    {"cp367", 28591},                // as iso-8859-1
+    {"cp819", 28591},                // as iso-8859-1
+    {"cp852", 852},                  // as ibm852
+    {"csascii", 28591},              // as iso-8859-1
+    {"csbig5", 950},                 // as big5
+    {"cseuckr", 949},                // as ks_c_5601-1987
     {"cseucpkdfmtjapanese", 51932},  // as euc-jp
-    {"csgb2312", 936},  // as gb2312
-    {"csiso2022kr", 50225},  // as iso-2022-kr
-    {"csiso58gb231280", 936},  // as gb2312
-    {"csisolatin1", 1252},  // as windows-1252
-    {"csisolatin2", 28592},  // as iso-8859-2
-    {"csisolatin4", 28594},  // as iso-8859-4
-    {"csisolatin5", 28599},  // as iso-8859-9
-    {"csisolatinarabic", 28596},  // as iso-8859-6
-    {"csisolatincyrillic", 28595},  // as iso-8859-5
-    {"csisolatingreek", 28597},  // as iso-8859-7
-    {"csisolatinhebrew", 28598},  // as iso-8859-8
-    {"cskoi8r", 20866},  // as koi8-r
-    {"csksc56011987", 949},  // as ks_c_5601-1987
-    {"csshiftjis", 932},  // as shift_jis
-    {"csunicode11utf7", 65000},  // as utf-7
-    {"cswindows31j", 932},  // as shift_jis
-    {"cyrillic", 28595},  // as iso-8859-5
+    {"csgb2312", 936},               // as gb2312
+    {"csiso2022kr", 50225},          // as iso-2022-kr
+    {"csiso58gb231280", 936},        // as gb2312
+    {"csisolatin1", 1252},           // as windows-1252
+    {"csisolatin2", 28592},          // as iso-8859-2
+    {"csisolatin4", 28594},          // as iso-8859-4
+    {"csisolatin5", 28599},          // as iso-8859-9
+    {"csisolatinarabic", 28596},     // as iso-8859-6
+    {"csisolatincyrillic", 28595},   // as iso-8859-5
+    {"csisolatingreek", 28597},      // as iso-8859-7
+    {"csisolatinhebrew", 28598},     // as iso-8859-8
+    {"cskoi8r", 20866},              // as koi8-r
+    {"csksc56011987", 949},          // as ks_c_5601-1987
+    {"csshiftjis", 932},             // as shift_jis
+    {"csunicode11utf7", 65000},      // as utf-7
+    {"cswindows31j", 932},           // as shift_jis
+    {"cyrillic", 28595},             // as iso-8859-5
     {"dos-720", 720},
     {"dos-874", 874},
     {"ecma-114", 28596},  // as iso-8859-6
@@ -133,84 +133,84 @@ constexpr CharsetName kRegistryNames[] = {
     {"elot_928", 28597},  // as iso-8859-7
     {"euc-kr", 949},
     {"extended_unix_code_packed_format_for_japanese", 51932},  // as euc-jp
-    {"gb_2312-80", 936},  // as gb2312
-    {"greek", 28597},  // as iso-8859-7
-    {"greek8", 28597},  // as iso-8859-7
-    {"hebrew", 28598},  // as iso-8859-8
-    {"ibm367", 28591},  // as iso-8859-1
-    {"ibm819", 28591},  // as iso-8859-1
+    {"gb_2312-80", 936},                                       // as gb2312
+    {"greek", 28597},                                          // as iso-8859-7
+    {"greek8", 28597},                                         // as iso-8859-7
+    {"hebrew", 28598},                                         // as iso-8859-8
+    {"ibm367", 28591},                                         // as iso-8859-1
+    {"ibm819", 28591},                                         // as iso-8859-1
     {"ibm866", 866},
     {"iso-2022-kr", 50225},
-    {"iso-8859-11", 874},  // as windows-874
+    {"iso-8859-11", 874},          // as windows-874
     {"iso-8859-8 visual", 28598},  // as iso-8859-8
     {"iso-8859-8-i", 38598},
-    {"iso-ir-100", 28591},  // as iso-8859-1
-    {"iso-ir-101", 28592},  // as iso-8859-2
-    {"iso-ir-110", 28594},  // as iso-8859-4
-    {"iso-ir-111", 28594},  // as iso-8859-4
-    {"iso-ir-126", 28597},  // as iso-8859-7
-    {"iso-ir-127", 28596},  // as iso-8859-6
-    {"iso-ir-138", 28598},  // as iso-8859-8
-    {"iso-ir-144", 28595},  // as iso-8859-5
-    {"iso-ir-148", 28599},  // as iso-8859-9
-    {"iso-ir-149", 949},  // as ks_c_5601-1987
-    {"iso-ir-58", 936},  // as gb2312
-    {"iso-ir-6", 28591},  // as iso-8859-1
-    {"iso646-us", 28591},  // as iso-8859-1
-    {"iso8859-1", 28591},  // as iso-8859-1
-    {"iso8859-2", 28592},  // as iso-8859-2
+    {"iso-ir-100", 28591},        // as iso-8859-1
+    {"iso-ir-101", 28592},        // as iso-8859-2
+    {"iso-ir-110", 28594},        // as iso-8859-4
+    {"iso-ir-111", 28594},        // as iso-8859-4
+    {"iso-ir-126", 28597},        // as iso-8859-7
+    {"iso-ir-127", 28596},        // as iso-8859-6
+    {"iso-ir-138", 28598},        // as iso-8859-8
+    {"iso-ir-144", 28595},        // as iso-8859-5
+    {"iso-ir-148", 28599},        // as iso-8859-9
+    {"iso-ir-149", 949},          // as ks_c_5601-1987
+    {"iso-ir-58", 936},           // as gb2312
+    {"iso-ir-6", 28591},          // as iso-8859-1
+    {"iso646-us", 28591},         // as iso-8859-1
+    {"iso8859-1", 28591},         // as iso-8859-1
+    {"iso8859-2", 28592},         // as iso-8859-2
     {"iso_646.irv:1991", 28591},  // as iso-8859-1
-    {"iso_8859-1", 28591},  // as iso-8859-1
-    {"iso_8859-1:1987", 28591},  // as iso-8859-1
-    {"iso_8859-2", 28592},  // as iso-8859-2
-    {"iso_8859-2:1987", 28592},  // as iso-8859-2
-    {"iso_8859-4", 28594},  // as iso-8859-4
-    {"iso_8859-4:1988", 28594},  // as iso-8859-4
-    {"iso_8859-5", 28595},  // as iso-8859-5
-    {"iso_8859-5:1988", 28595},  // as iso-8859-5
-    {"iso_8859-6", 28596},  // as iso-8859-6
-    {"iso_8859-6:1987", 28596},  // as iso-8859-6
-    {"iso_8859-7", 28597},  // as iso-8859-7
-    {"iso_8859-7:1987", 28597},  // as iso-8859-7
-    {"iso_8859-8", 28598},  // as iso-8859-8
-    {"iso_8859-8:1988", 28598},  // as iso-8859-8
-    {"iso_8859-9", 28599},  // as iso-8859-9
-    {"iso_8859-9:1989", 28599},  // as iso-8859-9
-    {"koi", 20866},  // as koi8-r
+    {"iso_8859-1", 28591},        // as iso-8859-1
+    {"iso_8859-1:1987", 28591},   // as iso-8859-1
+    {"iso_8859-2", 28592},        // as iso-8859-2
+    {"iso_8859-2:1987", 28592},   // as iso-8859-2
+    {"iso_8859-4", 28594},        // as iso-8859-4
+    {"iso_8859-4:1988", 28594},   // as iso-8859-4
+    {"iso_8859-5", 28595},        // as iso-8859-5
+    {"iso_8859-5:1988", 28595},   // as iso-8859-5
+    {"iso_8859-6", 28596},        // as iso-8859-6
+    {"iso_8859-6:1987", 28596},   // as iso-8859-6
+    {"iso_8859-7", 28597},        // as iso-8859-7
+    {"iso_8859-7:1987", 28597},   // as iso-8859-7
+    {"iso_8859-8", 28598},        // as iso-8859-8
+    {"iso_8859-8:1988", 28598},   // as iso-8859-8
+    {"iso_8859-9", 28599},        // as iso-8859-9
+    {"iso_8859-9:1989", 28599},   // as iso-8859-9
+    {"koi", 20866},               // as koi8-r
     {"koi8-ru", 21866},
-    {"korean", 949},  // as ks_c_5601-1987
-    {"ks_c_5601", 949},  // as ks_c_5601-1987
-    {"ks_c_5601-1989", 949},  // as ks_c_5601-1987
-    {"ksc5601", 949},  // as ks_c_5601-1987
-    {"ksc_5601", 949},  // as ks_c_5601-1987
-    {"l1", 1252},  // as windows-1252
-    {"l2", 28592},  // as iso-8859-2
-    {"l4", 28594},  // as iso-8859-4
-    {"l5", 28599},  // as iso-8859-9
-    {"latin1", 28591},  // as iso-8859-1
-    {"latin2", 28592},  // as iso-8859-2
-    {"latin4", 28594},  // as iso-8859-4
-    {"latin5", 28599},  // as iso-8859-9
-    {"logical", 1255},  // as windows-1255
-    {"ms_kanji", 932},  // as shift_jis
-    {"shift-jis", 932},  // as shift_jis
+    {"korean", 949},               // as ks_c_5601-1987
+    {"ks_c_5601", 949},            // as ks_c_5601-1987
+    {"ks_c_5601-1989", 949},       // as ks_c_5601-1987
+    {"ksc5601", 949},              // as ks_c_5601-1987
+    {"ksc_5601", 949},             // as ks_c_5601-1987
+    {"l1", 1252},                  // as windows-1252
+    {"l2", 28592},                 // as iso-8859-2
+    {"l4", 28594},                 // as iso-8859-4
+    {"l5", 28599},                 // as iso-8859-9
+    {"latin1", 28591},             // as iso-8859-1
+    {"latin2", 28592},             // as iso-8859-2
+    {"latin4", 28594},             // as iso-8859-4
+    {"latin5", 28599},             // as iso-8859-9
+    {"logical", 1255},             // as windows-1255
+    {"ms_kanji", 932},             // as shift_jis
+    {"shift-jis", 932},            // as shift_jis
     {"unicode-1-1-utf-7", 65000},  // as utf-7
     {"unicode-1-1-utf-8", 65001},  // as utf-8
     {"unicode-2-0-utf-8", 65001},  // as utf-8
     {"unicodefffe", 1201},
-    {"us", 28591},  // as iso-8859-1
+    {"us", 28591},      // as iso-8859-1
     {"visual", 28598},  // as iso-8859-8
     {"windows-874", 874},
-    {"x-ansi", 1252},  // as windows-1252
-    {"x-cp1250", 1250},  // as windows-1250
-    {"x-cp1251", 1251},  // as windows-1251
-    {"x-euc", 51932},  // as euc-jp
-    {"x-euc-jp", 51932},  // as euc-jp
-    {"x-ms-cp932", 932},  // as shift_jis
-    {"x-sjis", 932},  // as shift_jis
+    {"x-ansi", 1252},                // as windows-1252
+    {"x-cp1250", 1250},              // as windows-1250
+    {"x-cp1251", 1251},              // as windows-1251
+    {"x-euc", 51932},                // as euc-jp
+    {"x-euc-jp", 51932},             // as euc-jp
+    {"x-ms-cp932", 932},             // as shift_jis
+    {"x-sjis", 932},                 // as shift_jis
     {"x-unicode-2-0-utf-7", 65000},  // as utf-7
     {"x-unicode-2-0-utf-8", 65001},  // as utf-8
-    {"x-x-big5", 950},  // as big5
+    {"x-x-big5", 950},               // as big5
 };
 
 // Sorted by code page. Some pages share a name; 932 is named for headers
@@ -305,8 +305,9 @@ int CompareLowered(std::string_view a, std::string_view b) {
 }
 
 const CharsetName* FindName(const CharsetName* begin, const CharsetName* end, std::string_view name) {
-  const CharsetName* it = std::lower_bound(
-      begin, end, name, [](const CharsetName& e, std::string_view n) { return CompareLowered(e.name, n) < 0; });
+  const CharsetName* it = std::lower_bound(begin, end, name, [](const CharsetName& e, std::string_view n) {
+    return CompareLowered(e.name, n) < 0;
+  });
   return it == end || CompareLowered(it->name, name) != 0 ? nullptr : it;
 }
 
@@ -334,8 +335,9 @@ LONG CharsetToCodePageNumber(WStringView name) {
 
 std::string_view CodePageToHeaderCharset(LONG codePage) {
   const CodePageName* end = CodePageNamesEnd();
-  const CodePageName* it = std::lower_bound(CodePageNamesBegin(), end, codePage,
-                                            [](const CodePageName& e, LONG page) { return e.codePage < page; });
+  const CodePageName* it =
+      std::lower_bound(CodePageNamesBegin(), end, codePage,
+                       [](const CodePageName& e, LONG page) { return e.codePage < page; });
   if (it == end || it->codePage != codePage) return std::string_view();
   return it->headerName;
 }
@@ -359,7 +361,9 @@ bool IsStatefulCodePage(LONG codePage) {
 const CharsetName* CharsetNamesBegin() { return kNames; }
 const CharsetName* CharsetNamesEnd() { return kNames + sizeof kNames / sizeof kNames[0]; }
 const CharsetName* RegistryCharsetNamesBegin() { return kRegistryNames; }
-const CharsetName* RegistryCharsetNamesEnd() { return kRegistryNames + sizeof kRegistryNames / sizeof kRegistryNames[0]; }
+const CharsetName* RegistryCharsetNamesEnd() {
+  return kRegistryNames + sizeof kRegistryNames / sizeof kRegistryNames[0];
+}
 const CodePageName* CodePageNamesBegin() { return kPages; }
 const CodePageName* CodePageNamesEnd() { return kPages + sizeof kPages / sizeof kPages[0]; }
 

@@ -124,7 +124,8 @@ struct BytePatch {
   unsigned char byte;
   char16_t unit;
 };
-constexpr BytePatch k932Patches[] = {{0x80, 0x0080}, {0xA0, 0xF8F0}, {0xFD, 0xF8F1}, {0xFE, 0xF8F2}, {0xFF, 0xF8F3}};
+constexpr BytePatch k932Patches[] = {
+    {0x80, 0x0080}, {0xA0, 0xF8F0}, {0xFD, 0xF8F1}, {0xFE, 0xF8F2}, {0xFF, 0xF8F3}};
 constexpr BytePatch kMacIcelandicPatches[] = {{0xA0, 0x00DD}, {0xDC, 0x00D0}, {0xDD, 0x00F0},
                                               {0xDE, 0x00DE}, {0xDF, 0x00FE}, {0xE0, 0x00FD}};
 
@@ -274,7 +275,8 @@ uint16_t EncodeStrict(UConverter* c, char16_t unit) {
   if (U_FAILURE(err)) return kNoCode;
   if (n == 1) return static_cast<unsigned char>(out[0]);
   if (n == 2)
-    return static_cast<uint16_t>((static_cast<unsigned char>(out[0]) << 8) | static_cast<unsigned char>(out[1]));
+    return static_cast<uint16_t>((static_cast<unsigned char>(out[0]) << 8) |
+                                 static_cast<unsigned char>(out[1]));
   return kNoCode;
 }
 
@@ -424,8 +426,8 @@ class DoubleBytePage {
 };
 
 // ---------------------------------------------------------------- converter pages
-void ReplaceBadBytes(const void*, UConverterToUnicodeArgs* args, const char*, int32_t, UConverterCallbackReason reason,
-                     UErrorCode* err) {
+void ReplaceBadBytes(const void*, UConverterToUnicodeArgs* args, const char*, int32_t,
+                     UConverterCallbackReason reason, UErrorCode* err) {
   if (reason > UCNV_IRREGULAR) return;  // reset, close, clone
   static const UChar kUnit = kReplacement;
   *err = U_ZERO_ERROR;
@@ -476,7 +478,8 @@ class ConverterPage {
     std::lock_guard<std::mutex> lock(mutex_);
     if (closesHz_) return ToClosedHz(in, n, out, cap);
     UErrorCode err = U_ZERO_ERROR;
-    int32_t written = ucnv_fromUChars(converter_.get(), out, cap, reinterpret_cast<const UChar*>(in), n, &err);
+    int32_t written =
+        ucnv_fromUChars(converter_.get(), out, cap, reinterpret_cast<const UChar*>(in), n, &err);
     return Answer(written, cap, err);
   }
 
@@ -595,7 +598,8 @@ bool ExtendedIsConvertible(UINT codePage) { return Page(codePage) != nullptr; }
 
 bool ExtendedIsAsciiCompatible(UINT codePage) {
   const PageEntry* entry = FindEntry(codePage);
-  return entry != nullptr && entry->asciiBased && entry->kind != PageKind::kConverter && Page(codePage) != nullptr;
+  return entry != nullptr && entry->asciiBased && entry->kind != PageKind::kConverter &&
+         Page(codePage) != nullptr;
 }
 
 int ExtendedToWide(UINT codePage, const char* in, int inLen, OLECHAR* out, int outLen) {

@@ -23,10 +23,10 @@ constexpr UINT kCodePageMac = 10000;
 
 // windows-1252 bytes 0x80..0x9F; the five undefined bytes map to the C1
 // control of the same value so that every byte survives a round trip.
-constexpr char16_t kCp1252High[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+constexpr char16_t kCp1252High[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                      0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                      0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                      0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 // Writes units to a buffer, or only counts them when there is none.
 class WideSink {
@@ -93,7 +93,7 @@ void DecodeUtf8(const unsigned char* s, int n, WideSink& sink) {
         res = (res << 6) | (s[j] ^ 0x80);
         if (res >= (0x110000 >> 6)) break;  // beyond U+10FFFF: this byte starts over
         ++j;
-        if (res < 0x20) break;                                     // overlong three-byte form
+        if (res < 0x20) break;                                    // overlong three-byte form
         if (res >= (0xD800 >> 6) && res <= (0xDFFF >> 6)) break;  // encoded surrogate
       }
       if (j >= n || (s[j] ^ 0x80) >= 0x40) break;
@@ -154,7 +154,7 @@ OLECHAR DecodeSingleByte(UINT cp, unsigned char b) {
       return (b >= 0x80 && b <= 0x9F) ? static_cast<OLECHAR>(kCp1252High[b - 0x80]) : b;
     case kCodePageUsAscii:
       return static_cast<OLECHAR>(b & 0x7F);  // the platform masks the high bit
-    default:  // ISO-8859-1
+    default:                                  // ISO-8859-1
       return b;
   }
 }

@@ -155,8 +155,9 @@ int Collate(icu::Collator* collator, WStringView a, WStringView b) {
   if (collator == nullptr || a.size() > INT32_MAX || b.size() > INT32_MAX) return 0;
   static constexpr char16_t kEmpty[] = u"";
   UErrorCode status = U_ZERO_ERROR;
-  UCollationResult r = collator->compare(a.empty() ? kEmpty : a.data(), static_cast<int32_t>(a.size()),
-                                         b.empty() ? kEmpty : b.data(), static_cast<int32_t>(b.size()), status);
+  UCollationResult r =
+      collator->compare(a.empty() ? kEmpty : a.data(), static_cast<int32_t>(a.size()),
+                        b.empty() ? kEmpty : b.data(), static_cast<int32_t>(b.size()), status);
   if (U_FAILURE(status)) return 0;
   return r == UCOL_LESS ? -1 : (r == UCOL_GREATER ? 1 : 0);
 }

@@ -27,7 +27,8 @@ bool ReadClassesRootString(const WString& keyName, const wchar_t* valueName, WSt
     if (::RegQueryValueExW(key, valueName, nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS) break;
     if (type != REG_SZ && type != REG_EXPAND_SZ) break;
     buffer.assign(bytes / sizeof(wchar_t) + 1, L'\0');
-    LONG status = ::RegQueryValueExW(key, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &bytes);
+    LONG status =
+        ::RegQueryValueExW(key, valueName, nullptr, &type, reinterpret_cast<BYTE*>(buffer.data()), &bytes);
     if (status == ERROR_MORE_DATA) continue;
     if (status != ERROR_SUCCESS || (type != REG_SZ && type != REG_EXPAND_SZ)) break;
     // The stored text need not end with a terminator; it ends at the first.
@@ -51,8 +52,8 @@ bool ContentTypeOfExtension(WStringView extension, WString* contentType) {
 bool ExtensionOfContentType(WStringView contentType, WString* extension) {
   contentType = UpToNul(contentType);
   if (contentType.empty()) return false;
-  return ReadClassesRootString(WString(L"MIME\\Database\\Content Type\\") + WString(contentType), L"Extension",
-                               extension);
+  return ReadClassesRootString(WString(L"MIME\\Database\\Content Type\\") + WString(contentType),
+                               L"Extension", extension);
 }
 
 }  // namespace pv

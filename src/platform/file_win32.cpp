@@ -27,7 +27,8 @@ size_t ReadOnlyFile::Read(void* buffer, size_t count) {
   while (done < count) {
     DWORD chunk = static_cast<DWORD>(count - done > 0x40000000 ? 0x40000000 : count - done);
     DWORD got = 0;
-    if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), static_cast<char*>(buffer) + done, chunk, &got, nullptr) ||
+    if (!::ReadFile(reinterpret_cast<HANDLE>(handle_), static_cast<char*>(buffer) + done, chunk, &got,
+                    nullptr) ||
         got == 0) {
       break;
     }

@@ -13,9 +13,9 @@ struct IidOf {
   static const IID& Get() { return PvInterfaceId<T>::Get(); }
 };
 
-#define PV_IID_OF(I) \
-  template <>        \
-  struct IidOf<I> {  \
+#define PV_IID_OF(I)                            \
+  template <>                                   \
+  struct IidOf<I> {                             \
     static const IID& Get() { return IID_##I; } \
   };
 PV_IID_OF(IUnknown)

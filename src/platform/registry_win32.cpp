@@ -99,8 +99,8 @@ HRESULT OpenClassesRoot(RegistryScope scope, bool write, std::unique_ptr<Classes
   HKEY root = HKEY_CLASSES_ROOT;
   if (scope == RegistryScope::kUser) {
     REGSAM access = write ? KEY_ALL_ACCESS : KEY_READ;
-    LONG error = ::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes", 0, nullptr, 0, access, nullptr, &root,
-                                   nullptr);
+    LONG error = ::RegCreateKeyExW(HKEY_CURRENT_USER, L"Software\\Classes", 0, nullptr, 0, access, nullptr,
+                                   &root, nullptr);
     if (error != ERROR_SUCCESS) return FromError(error);
   }
   *out = std::make_unique<SystemClassesRoot>(root);

@@ -4,7 +4,9 @@
 
 namespace pv {
 
-ScopedThreadLocale::ScopedThreadLocale(LCID locale) : saved_(::GetThreadLocale()) { ::SetThreadLocale(locale); }
+ScopedThreadLocale::ScopedThreadLocale(LCID locale) : saved_(::GetThreadLocale()) {
+  ::SetThreadLocale(locale);
+}
 ScopedThreadLocale::~ScopedThreadLocale() { ::SetThreadLocale(saved_); }
 
 }  // namespace pv

@@ -14,8 +14,8 @@ DWORD SlotIndex() {
   LONG index = g_index;
   if (index != static_cast<LONG>(TLS_OUT_OF_INDEXES)) return static_cast<DWORD>(index);
   DWORD fresh = ::TlsAlloc();
-  LONG previous = ::InterlockedCompareExchange(&g_index, static_cast<LONG>(fresh),
-                                               static_cast<LONG>(TLS_OUT_OF_INDEXES));
+  LONG previous =
+      ::InterlockedCompareExchange(&g_index, static_cast<LONG>(fresh), static_cast<LONG>(TLS_OUT_OF_INDEXES));
   if (previous == static_cast<LONG>(TLS_OUT_OF_INDEXES)) return fresh;
   ::TlsFree(fresh);  // another thread was first
   return static_cast<DWORD>(previous);

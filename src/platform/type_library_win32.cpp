@@ -52,10 +52,11 @@ HRESULT RegisterModuleTypeLibrary(RegistryScope scope, const std::string& module
 
 HRESULT UnregisterModuleTypeLibrary(RegistryScope scope) {
   if (scope == RegistryScope::kUser) {
-    return ::UnRegisterTypeLibForUser(LIBID_PARCELVANELib, PV_LIBRARY_VERSION_MAJOR, PV_LIBRARY_VERSION_MINOR, 0,
-                                      SYS_WIN64);
+    return ::UnRegisterTypeLibForUser(LIBID_PARCELVANELib, PV_LIBRARY_VERSION_MAJOR, PV_LIBRARY_VERSION_MINOR,
+                                      0, SYS_WIN64);
   }
-  return ::UnRegisterTypeLib(LIBID_PARCELVANELib, PV_LIBRARY_VERSION_MAJOR, PV_LIBRARY_VERSION_MINOR, 0, SYS_WIN64);
+  return ::UnRegisterTypeLib(LIBID_PARCELVANELib, PV_LIBRARY_VERSION_MAJOR, PV_LIBRARY_VERSION_MINOR, 0,
+                             SYS_WIN64);
 }
 
 bool HasModuleTypeLibrary() {

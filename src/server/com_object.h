@@ -73,7 +73,8 @@ class ComObject : public Primary, public Extra..., public ObjectCore {
       return static_cast<Primary*>(this);
     }
     IUnknown* found = nullptr;
-    ((found == nullptr && IsEqualIID(riid, IidOf<Extra>::Get()) ? (found = static_cast<Extra*>(this)) : found),
+    ((found == nullptr && IsEqualIID(riid, IidOf<Extra>::Get()) ? (found = static_cast<Extra*>(this))
+                                                                : found),
      ...);
     return found;
   }

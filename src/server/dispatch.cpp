@@ -23,9 +23,7 @@ bool NameMatches(const char* ascii, WStringView name) {
 
 bool IsPropertyKind(MemberKind kind) { return kind == MemberKind::kGet || kind == MemberKind::kPut; }
 
-bool IsOmitted(const VARIANT& v) {
-  return v.vt == VT_ERROR && v.scode == DISP_E_PARAMNOTFOUND;
-}
+bool IsOmitted(const VARIANT& v) { return v.vt == VT_ERROR && v.scode == DISP_E_PARAMNOTFOUND; }
 
 void FillException(EXCEPINFO* excep, const char* interfaceName, const char* member, HRESULT hr) {
   *excep = EXCEPINFO();
@@ -151,7 +149,8 @@ HRESULT DispatchTable::Invoke(void* iface, DISPID id, REFIID riid, WORD flags, D
   UINT named = params->cNamedArgs;
   bool putValue = m->kind == MemberKind::kPut;
   if (putValue) {
-    if (named != 1 || params->rgdispidNamedArgs == nullptr || params->rgdispidNamedArgs[0] != DISPID_PROPERTYPUT) {
+    if (named != 1 || params->rgdispidNamedArgs == nullptr ||
+        params->rgdispidNamedArgs[0] != DISPID_PROPERTYPUT) {
       return DISP_E_PARAMNOTOPTIONAL;
     }
   } else if (named != 0) {

@@ -101,18 +101,18 @@ HRESULT WriteTypeLibraryKeys(ClassesRoot* root, const std::string& module, bool 
     PV_RETURN_IF_FAILED(root->SetValue(library + "\\FLAGS", "", "8"));
     PV_RETURN_IF_FAILED(root->SetValue(library + "\\HELPDIR", "", folder));
   }
-#define PV_INTERFACE_KEYS(I)                                                            \
-  {                                                                                     \
-    const std::string key = "Interface\\" + GuidText(IID_##I);                          \
-    if (!install) {                                                                     \
-      PV_RETURN_IF_FAILED(root->DeleteTree(key));                                       \
-    } else {                                                                            \
-      PV_RETURN_IF_FAILED(root->SetValue(key, "", #I));                                 \
+#define PV_INTERFACE_KEYS(I)                                                                 \
+  {                                                                                          \
+    const std::string key = "Interface\\" + GuidText(IID_##I);                               \
+    if (!install) {                                                                          \
+      PV_RETURN_IF_FAILED(root->DeleteTree(key));                                            \
+    } else {                                                                                 \
+      PV_RETURN_IF_FAILED(root->SetValue(key, "", #I));                                      \
       PV_RETURN_IF_FAILED(root->SetValue(key + "\\ProxyStubClsid", "", kAutomationProxy));   \
       PV_RETURN_IF_FAILED(root->SetValue(key + "\\ProxyStubClsid32", "", kAutomationProxy)); \
-      PV_RETURN_IF_FAILED(root->SetValue(key + "\\TypeLib", "", libid));                \
-      PV_RETURN_IF_FAILED(root->SetValue(key + "\\TypeLib", "Version", version));       \
-    }                                                                                   \
+      PV_RETURN_IF_FAILED(root->SetValue(key + "\\TypeLib", "", libid));                     \
+      PV_RETURN_IF_FAILED(root->SetValue(key + "\\TypeLib", "Version", version));            \
+    }                                                                                        \
   }
   PV_DUAL_INTERFACES(PV_INTERFACE_KEYS)
 #undef PV_INTERFACE_KEYS
@@ -164,7 +164,9 @@ HRESULT RunRegistration(Step step) {
 
 }  // namespace
 
-RegistryScope RegistrationScope() { return g_per_user.load() ? RegistryScope::kUser : RegistryScope::kMachine; }
+RegistryScope RegistrationScope() {
+  return g_per_user.load() ? RegistryScope::kUser : RegistryScope::kMachine;
+}
 
 HRESULT RegisterServer() { return RunRegistration(Register); }
 

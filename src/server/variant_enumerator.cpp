@@ -12,7 +12,8 @@ using Items = std::shared_ptr<std::vector<VARIANT>>;
 
 class VariantEnumerator final : public IEnumVARIANT, public ObjectCore {
  public:
-  VariantEnumerator(Items items, size_t position) : ObjectCore(nullptr), items_(std::move(items)), at_(position) {}
+  VariantEnumerator(Items items, size_t position)
+      : ObjectCore(nullptr), items_(std::move(items)), at_(position) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
     return ControllingUnknown()->QueryInterface(riid, ppv);

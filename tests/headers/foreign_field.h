@@ -35,13 +35,18 @@ class ForeignField final : public IEMSMessageParameter {
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                   UINT*) override {
     return E_NOTIMPL;
   }
 
   HRESULT STDMETHODCALLTYPE ParseHeader(BSTR v) override { return inner_->ParseHeader(v); }
-  HRESULT STDMETHODCALLTYPE AddChainHeader(IEMSMessageParameter* p) override { return inner_->AddChainHeader(p); }
+  HRESULT STDMETHODCALLTYPE AddChainHeader(IEMSMessageParameter* p) override {
+    return inner_->AddChainHeader(p);
+  }
   HRESULT STDMETHODCALLTYPE AssembleHeader(BSTR* p) override { return inner_->AssembleHeader(p); }
   HRESULT STDMETHODCALLTYPE FindAttribute(BSTR n, IEMSMimeAttribute** p) override {
     return inner_->FindAttribute(n, p);
@@ -65,12 +70,18 @@ class ForeignField final : public IEMSMessageParameter {
   HRESULT STDMETHODCALLTYPE put_UnfoldedData(BSTR v) override { return inner_->put_UnfoldedData(v); }
   HRESULT STDMETHODCALLTYPE get_DecodedData(BSTR* p) override { return inner_->get_DecodedData(p); }
   HRESULT STDMETHODCALLTYPE put_DecodedData(BSTR v) override { return inner_->put_DecodedData(v); }
-  HRESULT STDMETHODCALLTYPE get_Attributes(IEMSMimeAttributes** p) override { return inner_->get_Attributes(p); }
-  HRESULT STDMETHODCALLTYPE put_Attributes(IEMSMimeAttributes* v) override { return inner_->put_Attributes(v); }
+  HRESULT STDMETHODCALLTYPE get_Attributes(IEMSMimeAttributes** p) override {
+    return inner_->get_Attributes(p);
+  }
+  HRESULT STDMETHODCALLTYPE put_Attributes(IEMSMimeAttributes* v) override {
+    return inner_->put_Attributes(v);
+  }
   HRESULT STDMETHODCALLTYPE get_HeaderMailbox(IEMSHeaderMailbox** p) override {
     return inner_->get_HeaderMailbox(p);
   }
-  HRESULT STDMETHODCALLTYPE put_HeaderMailbox(IEMSHeaderMailbox* v) override { return inner_->put_HeaderMailbox(v); }
+  HRESULT STDMETHODCALLTYPE put_HeaderMailbox(IEMSHeaderMailbox* v) override {
+    return inner_->put_HeaderMailbox(v);
+  }
   HRESULT STDMETHODCALLTYPE get_HeaderMailboxes(IEMSHeaderMailboxes** p) override {
     return inner_->get_HeaderMailboxes(p);
   }

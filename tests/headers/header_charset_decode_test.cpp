@@ -36,7 +36,9 @@ TEST_F(ParseHeaderTest, PlainTextAroundAWordIsKept) {
   EXPECT_EQ(Parse("Hello =?utf-8?B?w6k=?= world"), "Hello \xC3\xA9 world");
 }
 
-TEST_F(ParseHeaderTest, LowerCaseEscapeMakesAQWordMalformed) { EXPECT_EQ(Parse("=?utf-8?Q?a=3db?="), "a=3db"); }
+TEST_F(ParseHeaderTest, LowerCaseEscapeMakesAQWordMalformed) {
+  EXPECT_EQ(Parse("=?utf-8?Q?a=3db?="), "a=3db");
+}
 
 TEST_F(ParseHeaderTest, UnknownLetterLosesTheWord) {
   EXPECT_EQ(Parse("=?utf-8?X?abc?="), "");
@@ -226,12 +228,16 @@ TEST_F(ParseHeaderTest, QKeepsHighBytesAndDropsControls) {
 
 TEST_F(ParseHeaderTest, QWordDecodingToNothingComesOutRaw) { EXPECT_EQ(Parse("=?utf-8?Q?\t?="), "\t"); }
 
-TEST_F(ParseHeaderTest, QWordStartingWithByteZeroComesOutRaw) { EXPECT_EQ(Parse("=?utf-8?Q?=00a?="), "=00a"); }
+TEST_F(ParseHeaderTest, QWordStartingWithByteZeroComesOutRaw) {
+  EXPECT_EQ(Parse("=?utf-8?Q?=00a?="), "=00a");
+}
 
 TEST_F(ParseHeaderTest, QKeepsPunctuation) { EXPECT_EQ(Parse("=?utf-8?Q?(a),\"b\"<c>?="), "(a),\"b\"<c>"); }
 
 // ---------------------------------------------------------------- B words
-TEST_F(ParseHeaderTest, BSkipsLettersOutsideTheAlphabet) { EXPECT_EQ(Parse("=?utf-8?B?w6!k.?="), "\xC3\xA9"); }
+TEST_F(ParseHeaderTest, BSkipsLettersOutsideTheAlphabet) {
+  EXPECT_EQ(Parse("=?utf-8?B?w6!k.?="), "\xC3\xA9");
+}
 
 TEST_F(ParseHeaderTest, BStopsAtByteZero) {
   std::string input("=?utf-8?B?w6k\0QUJD?=", 20);
@@ -296,14 +302,16 @@ INSTANTIATE_TEST_SUITE_P(
                     "e"},
         CharsetCase{"=?ISO-8859-1?Q?Andr=E9_M=FCller?=", "Andr\xC3\xA9 M\xC3\xBCller"},
         CharsetCase{"=?iso-8859-2?Q?=A3=F3d=BC?=", "\xC5\x81\xC3\xB3\x64\xC5\xBA"},
-        CharsetCase{"=?iso-8859-5?Q?=BF=E0=D8=D2=D5=E2?=", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"},
+        CharsetCase{"=?iso-8859-5?Q?=BF=E0=D8=D2=D5=E2?=",
+                    "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"},
         CharsetCase{"=?iso-8859-7?Q?=C3=E5=E9=DC?=", "\xCE\x93\xCE\xB5\xCE\xB9\xCE\xAC"},
         CharsetCase{"=?iso-8859-15?Q?=A4_5?=", "\xE2\x82\xAC 5"},
         CharsetCase{"=?windows-1250?Q?D=ECkuji?=", "D\xC4\x9Bkuji"},
         CharsetCase{"=?windows-1251?B?z/Do4uXy?=", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"},
         CharsetCase{"=?windows-1252?Q?=80_=93quoted=94?=", "\xE2\x82\xAC \xE2\x80\x9Cquoted\xE2\x80\x9D"},
         CharsetCase{"=?koi8-r?B?8NLJ18XU?=", "\xD0\x9F\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82"},
-        CharsetCase{"=?Shift_JIS?B?grGC8YLJgr+CzQ==?=", "\xE3\x81\x93\xE3\x82\x93\xE3\x81\xAB\xE3\x81\xA1\xE3\x81\xAF"},
+        CharsetCase{"=?Shift_JIS?B?grGC8YLJgr+CzQ==?=",
+                    "\xE3\x81\x93\xE3\x82\x93\xE3\x81\xAB\xE3\x81\xA1\xE3\x81\xAF"},
         CharsetCase{"=?ISO-2022-JP?B?GyRCJDMkcyRLJEEkTxsoQg==?=",
                     "\xE3\x81\x93\xE3\x82\x93\xE3\x81\xAB\xE3\x81\xA1\xE3\x81\xAF"},
         CharsetCase{"=?gb2312?B?xOO6ww==?=", "\xE4\xBD\xA0\xE5\xA5\xBD"},
@@ -312,7 +320,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "\xEC\x95\x88\xEB\x85\x95\xED\x95\x98\xEC\x84\xB8\xEC\x9A\x94"},
         CharsetCase{"=?us-ascii?Q?plain_text?=", "plain text"},
         CharsetCase{"=?gb18030?B?xOO6ww==?=", "\xE4\xBD\xA0\xE5\xA5\xBD"},
-        CharsetCase{"=?euc-jp?B?pLOk86TLpMGkzw==?=", "\xE3\x81\x93\xE3\x82\x93\xE3\x81\xAB\xE3\x81\xA1\xE3\x81\xAF"},
+        CharsetCase{"=?euc-jp?B?pLOk86TLpMGkzw==?=",
+                    "\xE3\x81\x93\xE3\x82\x93\xE3\x81\xAB\xE3\x81\xA1\xE3\x81\xAF"},
         CharsetCase{"=?utf-7?Q?+AOk-?=", "\xC3\xA9"}));
 
 TEST_F(ParseHeaderTest, WordsOfDifferentCharsetsJoin) {

@@ -219,8 +219,9 @@ TEST_F(AssembleHeaderTest, LaterQWordsCarryNineteenBytesWithAnIsoPrefix) {
   Set(28591, 1);
   std::vector<std::string> words = Words(Assemble(std::string(100, 'x')));
   ASSERT_EQ(words.size(), 6u);
-  EXPECT_EQ(words[0], "=?iso-8859-1?Q?" + std::string(20, 'x') + "?=");                                 // budget 66
-  for (size_t i = 1; i < 5; ++i) EXPECT_EQ(words[i], "=?iso-8859-1?Q?" + std::string(19, 'x') + "?=");  // budget 63
+  EXPECT_EQ(words[0], "=?iso-8859-1?Q?" + std::string(20, 'x') + "?=");  // budget 66
+  for (size_t i = 1; i < 5; ++i)
+    EXPECT_EQ(words[i], "=?iso-8859-1?Q?" + std::string(19, 'x') + "?=");  // budget 63
   EXPECT_EQ(words[5], "=?iso-8859-1?Q?xxxx?=");
 }
 
@@ -259,7 +260,8 @@ TEST_F(AssembleHeaderTest, QEstimateIsConservativeWhateverTheBytes) {
 TEST_F(AssembleHeaderTest, WordsAreJoinedByCrLfAndOneSpace) {
   Set(28591, 1);
   std::string value = Assemble(std::string(30, 'z'));
-  EXPECT_EQ(value, "=?iso-8859-1?Q?" + std::string(20, 'z') + "?=\r\n =?iso-8859-1?Q?" + std::string(10, 'z') + "?=");
+  EXPECT_EQ(value, "=?iso-8859-1?Q?" + std::string(20, 'z') + "?=\r\n =?iso-8859-1?Q?" +
+                       std::string(10, 'z') + "?=");
 }
 
 TEST_F(AssembleHeaderTest, EveryLineStaysWithinEightyCharactersAfterTheFieldName) {

@@ -23,9 +23,7 @@ class ContentStateTest : public ::testing::Test {
     ASSERT_EQ(field_.As(&disposition_), S_OK);
   }
 
-  void Parse(const char* line) {
-    ASSERT_EQ(field_->ParseHeader(B(line).get()), S_OK) << line;
-  }
+  void Parse(const char* line) { ASSERT_EQ(field_->ParseHeader(B(line).get()), S_OK) << line; }
   LONG Type() {
     LONG v = 12345;
     EXPECT_EQ(type_->get_MimeType(&v), S_OK);
@@ -47,7 +45,9 @@ class ContentStateTest : public ::testing::Test {
   std::string ContentType() { return Get(type_.get(), &IEMSContentType::get_ContentType); }
   std::string Assembled() { return Get(field_.get(), &IEMSMessageParameter::AssembleHeader); }
   std::string Raw() { return Get(field_.get(), &IEMSMessageParameter::get_RawData); }
-  std::string DispositionType() { return Get(disposition_.get(), &IEMSContentDisposition::get_DispositionType); }
+  std::string DispositionType() {
+    return Get(disposition_.get(), &IEMSContentDisposition::get_DispositionType);
+  }
 };
 
 // ---------------------------------------------------------------- classification from a header
@@ -127,12 +127,11 @@ TEST_F(ContentStateTest, EveryTypeAndSubtypeNameOfTheTablesIsClassified) {
     Parse(("Content-Type: " + std::string(types[code - 1]) + "/plain").c_str());
     EXPECT_EQ(Type(), code) << types[code - 1];
   }
-  const char* subtypes[] = {"alternative", "basic",   "mac-binhex40", "digest",      "enriched",
-                            "external-body", "gif",   "html",         "jpeg",        "mixed",
-                            "mpeg",        "ms-rtf",  "ms-tnef",      "msword",      "octet-stream",
-                            "parallel",    "partial", "plain",        "postscript",  "related",
-                            "richtext",    "rfc822",  "signed",       "x-vcard",     "wav",
-                            "x-pkcs7-mime", "x-pkcs7-signature"};
+  const char* subtypes[] = {
+      "alternative",  "basic",    "mac-binhex40", "digest", "enriched",     "external-body",    "gif",
+      "html",         "jpeg",     "mixed",        "mpeg",   "ms-rtf",       "ms-tnef",          "msword",
+      "octet-stream", "parallel", "partial",      "plain",  "postscript",   "related",          "richtext",
+      "rfc822",       "signed",   "x-vcard",      "wav",    "x-pkcs7-mime", "x-pkcs7-signature"};
   for (LONG code = 1; code <= 27; ++code) {
     Parse(("Content-Type: text/" + std::string(subtypes[code - 1])).c_str());
     LONG expected = (code == 3 || code == 24) ? -1 : code;  // never found under their first letter

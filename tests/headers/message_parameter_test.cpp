@@ -22,24 +22,34 @@ class MessageParameterTest : public ::testing::Test {
     EXPECT_EQ(field->put_Name(B(name).get()), S_OK);
     return field;
   }
-  static std::string Text(IEMSMessageParameter* field, HRESULT (STDMETHODCALLTYPE IEMSMessageParameter::*getter)(BSTR*)) {
+  static std::string Text(IEMSMessageParameter* field,
+                          HRESULT (STDMETHODCALLTYPE IEMSMessageParameter::*getter)(BSTR*)) {
     Bstr text;
     EXPECT_EQ((field->*getter)(text.put()), S_OK);
     EXPECT_FALSE(text.is_null());
     return U8(text);
   }
   // Narrow views as bytes of the ANSI page (windows-1252 by default).
-  static std::string Bytes(IEMSMessageParameter* field, HRESULT (STDMETHODCALLTYPE IEMSMessageParameter::*getter)(BSTR*)) {
+  static std::string Bytes(IEMSMessageParameter* field,
+                           HRESULT (STDMETHODCALLTYPE IEMSMessageParameter::*getter)(BSTR*)) {
     Bstr text;
     EXPECT_EQ((field->*getter)(text.put()), S_OK);
     return WideToAnsi(text.view());
   }
   static std::string Name(IEMSMessageParameter* f) { return Text(f, &IEMSMessageParameter::get_Name); }
   static std::string Raw(IEMSMessageParameter* f) { return Text(f, &IEMSMessageParameter::get_RawData); }
-  static std::string Unfolded(IEMSMessageParameter* f) { return Text(f, &IEMSMessageParameter::get_UnfoldedData); }
-  static std::string Decoded(IEMSMessageParameter* f) { return Text(f, &IEMSMessageParameter::get_DecodedData); }
-  static std::string Assembled(IEMSMessageParameter* f) { return Text(f, &IEMSMessageParameter::AssembleHeader); }
-  static std::vector<std::string> Values(IEMSMessageParameter* f) { return ImplOf<MessageParameter>(f)->values(); }
+  static std::string Unfolded(IEMSMessageParameter* f) {
+    return Text(f, &IEMSMessageParameter::get_UnfoldedData);
+  }
+  static std::string Decoded(IEMSMessageParameter* f) {
+    return Text(f, &IEMSMessageParameter::get_DecodedData);
+  }
+  static std::string Assembled(IEMSMessageParameter* f) {
+    return Text(f, &IEMSMessageParameter::AssembleHeader);
+  }
+  static std::vector<std::string> Values(IEMSMessageParameter* f) {
+    return ImplOf<MessageParameter>(f)->values();
+  }
   static LONG CodePage(IEMSMessageParameter* f) {
     LONG value = 12345;
     EXPECT_EQ(f->get_DefaultCodePage(&value), S_OK);
@@ -348,7 +358,8 @@ TEST_F(MessageParameterTest, LongSubjectOfWordsFoldsAtTheLastBlankBeforeTheWidth
 
 TEST_F(MessageParameterTest, TwoHundredCharacterSubjectKeepsToTheLineWidths) {
   std::string text;
-  for (int i = 0; text.size() < 200; ++i) text += std::string(1 + i % 7, static_cast<char>('a' + i % 26)) + " ";
+  for (int i = 0; text.size() < 200; ++i)
+    text += std::string(1 + i % 7, static_cast<char>('a' + i % 26)) + " ";
   text.resize(200);
   field_->put_Name(B("Subject").get());
   field_->put_UnfoldedData(B(text).get());
@@ -358,7 +369,7 @@ TEST_F(MessageParameterTest, TwoHundredCharacterSubjectKeepsToTheLineWidths) {
   std::string joined = lines[0];
   for (size_t i = 1; i < lines.size(); ++i) {
     ASSERT_FALSE(lines[i].empty());
-    EXPECT_EQ(lines[i][0], ' ') << i;  // each continuation starts with the blank it was cut at
+    EXPECT_EQ(lines[i][0], ' ') << i;      // each continuation starts with the blank it was cut at
     EXPECT_LE(lines[i].size(), 79u) << i;  // that blank and up to 78 columns
     joined += lines[i];
   }
@@ -860,7 +871,8 @@ TEST_F(MessageParameterTest, LateBoundFailureStatusesArrive) {
   EXPECT_EQ(excep.scode, E_FAIL);
   SysFreeString(excep.bstrSource);
   SysFreeString(excep.bstrDescription);
-  EXPECT_EQ(Invoke(d.get(), "AddChainHeader", DISPATCH_METHOD, {static_cast<IDispatch*>(nullptr)}), E_POINTER);
+  EXPECT_EQ(Invoke(d.get(), "AddChainHeader", DISPATCH_METHOD, {static_cast<IDispatch*>(nullptr)}),
+            E_POINTER);
 }
 
 TEST_F(MessageParameterTest, ContentInterfacesHaveNoLateBinding) {
@@ -940,8 +952,8 @@ TEST(MessageParameterLibrary, NarrowContentTypeSetterAddsTheFirstValue) {
 TEST(MessageParameterLibrary, DeferredChainingEndsWhereAChainingAtATimeEnds) {
   // Values that switch the code page back and forth, chained one at a time
   // through the interface and in bulk: same decoded text, same defaults.
-  const char* lines[] = {"X: \xE9", "X: =?utf-8?Q?a?=", "X: \xC3\xA9", "X: =?iso-8859-2?Q?b?=", "X: \xB1",
-                         "X: \r\n", "X: plain"};
+  const char* lines[] = {"X: \xE9", "X: =?utf-8?Q?a?=", "X: \xC3\xA9", "X: =?iso-8859-2?Q?b?=",
+                         "X: \xB1", "X: \r\n",          "X: plain"};
   auto stepwise = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
   ComPtr<MessageParameter> bulk;
   ASSERT_EQ(MakeObject(&bulk), S_OK);

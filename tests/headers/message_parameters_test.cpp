@@ -181,8 +181,8 @@ TEST_F(MessageParametersTest, ChainedFieldsDecodeAsIfChainedOneAtATime) {
   // left, so in the end even the first value is read in the page of the
   // last value that names a charset (ISO-8859-2: 0xB1 is U+0105), and the
   // third in the page that the second named (UTF-8).
-  std::vector<std::string> lines = {"X: \xB1", "X: =?utf-8?Q?a?=", "X: \xC3\xA9", "X: =?iso-8859-2?Q?=B1?=",
-                                    "X: \xB1"};
+  std::vector<std::string> lines = {"X: \xB1", "X: =?utf-8?Q?a?=", "X: \xC3\xA9",
+                                    "X: =?iso-8859-2?Q?=B1?=", "X: \xB1"};
   std::string block;
   for (const std::string& line : lines) block += line + "\r\n";
   Parse(block);
@@ -211,12 +211,14 @@ TEST_F(MessageParametersTest, ContentFieldsKeepTheirParametersAndCodes) {
   LONG code = 0;
   ct->get_MimeSubType(&code);
   EXPECT_EQ(code, 18);
-  EXPECT_EQ(Assembled(), "Content-Type: text/plain;\r\n\tcharset=\"us-ascii\"\r\nContent-Disposition: inline\r\n");
+  EXPECT_EQ(Assembled(),
+            "Content-Type: text/plain;\r\n\tcharset=\"us-ascii\"\r\nContent-Disposition: inline\r\n");
 }
 
 TEST_F(MessageParametersTest, TenThousandFieldsParseAndAssembleBack) {
   std::string block;
-  for (int i = 0; i < 10000; ++i) block += "X-Field-" + std::to_string(i) + ": value " + std::to_string(i) + "\r\n";
+  for (int i = 0; i < 10000; ++i)
+    block += "X-Field-" + std::to_string(i) + ": value " + std::to_string(i) + "\r\n";
   Parse(block);
   EXPECT_EQ(Count(), 10000);
   EXPECT_EQ(Raw(Find("x-field-9999").get()), "value 9999");
@@ -235,7 +237,8 @@ TEST_F(MessageParametersTest, TenThousandOccurrencesOfOneNameChainIntoOneField) 
 }
 
 TEST_F(MessageParametersTest, BytesOfTheUpperHalfSurviveParseAndAssembly) {
-  std::string block = "X-Bytes: caf\xE9 \x81\x8D\x8F\x90\x9D\x80\xFF\r\n \xA0\xC3\xA9\r\nSubject: \xE4\xF6\xFC\r\n";
+  std::string block =
+      "X-Bytes: caf\xE9 \x81\x8D\x8F\x90\x9D\x80\xFF\r\n \xA0\xC3\xA9\r\nSubject: \xE4\xF6\xFC\r\n";
   auto data = DataOf(block);
   ASSERT_EQ(list_->ParseParametersObject(data.get()), S_OK);
   EXPECT_EQ(Raw(At(0).get()), "caf\xE9 \x81\x8D\x8F\x90\x9D\x80\xFF\r\n \xA0\xC3\xA9");

@@ -29,7 +29,8 @@ class FakeObject : public I {
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
     if (ppv == nullptr) return E_POINTER;
     *ppv = nullptr;
-    if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDispatch) && !IsEqualIID(riid, IidOf<I>::Get())) {
+    if (!IsEqualIID(riid, IID_IUnknown) && !IsEqualIID(riid, IID_IDispatch) &&
+        !IsEqualIID(riid, IidOf<I>::Get())) {
       return E_NOINTERFACE;
     }
     *ppv = static_cast<I*>(this);
@@ -44,8 +45,11 @@ class FakeObject : public I {
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                   UINT*) override {
     return E_NOTIMPL;
   }
 
@@ -105,7 +109,9 @@ class ForwardingAttributes final : public FakeAttributesBase {
   HRESULT STDMETHODCALLTYPE get_Attribute(LONG nIdx, IEMSMimeAttribute** ppVal) override {
     return inner_->get_Attribute(nIdx, ppVal);
   }
-  HRESULT STDMETHODCALLTYPE get_AttributesCount(LONG* pVal) override { return inner_->get_AttributesCount(pVal); }
+  HRESULT STDMETHODCALLTYPE get_AttributesCount(LONG* pVal) override {
+    return inner_->get_AttributesCount(pVal);
+  }
 
  private:
   ComPtr<IEMSMimeAttributes> inner_;
@@ -153,12 +159,17 @@ class MimeAttributesTest : public ::testing::Test {
     for (LONG i = 0; i < CountOf(list); ++i) names.push_back(NameOf(AtOf(list, i).get()));
     return names;
   }
-  static std::string NameOf(IEMSMimeAttribute* attribute) { return Read(attribute, &IEMSMimeAttribute::get_Name); }
-  static std::string RawOf(IEMSMimeAttribute* attribute) { return Read(attribute, &IEMSMimeAttribute::get_RawValue); }
+  static std::string NameOf(IEMSMimeAttribute* attribute) {
+    return Read(attribute, &IEMSMimeAttribute::get_Name);
+  }
+  static std::string RawOf(IEMSMimeAttribute* attribute) {
+    return Read(attribute, &IEMSMimeAttribute::get_RawValue);
+  }
   static std::string DecodedOf(IEMSMimeAttribute* attribute) {
     return Read(attribute, &IEMSMimeAttribute::get_DecodedValue);
   }
-  static std::string Read(IEMSMimeAttribute* attribute, HRESULT (STDMETHODCALLTYPE IEMSMimeAttribute::*getter)(BSTR*)) {
+  static std::string Read(IEMSMimeAttribute* attribute,
+                          HRESULT (STDMETHODCALLTYPE IEMSMimeAttribute::*getter)(BSTR*)) {
     if (attribute == nullptr) return "<none>";
     Bstr value;
     EXPECT_EQ((attribute->*getter)(value.put()), S_OK);
@@ -424,7 +435,9 @@ TEST_F(MimeAttributesTest, AddAttributeWhoseNameCannotBeReadFails) {
   EXPECT_EQ(Count(), 0);
 }
 
-TEST_F(MimeAttributesTest, AddAttributeOfNullGivesEPointer) { EXPECT_EQ(l_->AddAttribute(nullptr), E_POINTER); }
+TEST_F(MimeAttributesTest, AddAttributeOfNullGivesEPointer) {
+  EXPECT_EQ(l_->AddAttribute(nullptr), E_POINTER);
+}
 
 // ---------------------------------------------------------------- ReplaceAttribute
 TEST_F(MimeAttributesTest, ReplaceAttributeReplacesAnEntryOfTheSameName) {
@@ -508,7 +521,9 @@ TEST_F(MimeAttributesTest, AppendAttributesReadsAListOfAnotherImplementationByIn
   EXPECT_EQ(RawOf(Find("format").get()), "flowed");
 }
 
-TEST_F(MimeAttributesTest, AppendAttributesOfNullGivesEPointer) { EXPECT_EQ(l_->AppendAttributes(nullptr), E_POINTER); }
+TEST_F(MimeAttributesTest, AppendAttributesOfNullGivesEPointer) {
+  EXPECT_EQ(l_->AppendAttributes(nullptr), E_POINTER);
+}
 
 // ---------------------------------------------------------------- FindAttribute, RemoveAttribute, RemoveAll
 TEST_F(MimeAttributesTest, FindAttributeOfAMissingNameLeavesTheResultUntouched) {

@@ -32,7 +32,8 @@ TEST(MimeCharClass, LettersDigitsAndAlphanumerics) {
 TEST(MimeCharClass, WhiteSpaceIsSpaceAndTabOnly) { EXPECT_EQ(Members(kCharWhiteSpace), "\t "); }
 
 TEST(MimeCharClass, PunctuationIsEveryOtherPrintable) {
-  EXPECT_EQ(Members(kCharPunctuation), Range(0x21, 0x2F) + Range(0x3A, 0x40) + Range(0x5B, 0x60) + Range(0x7B, 0x7E));
+  EXPECT_EQ(Members(kCharPunctuation),
+            Range(0x21, 0x2F) + Range(0x3A, 0x40) + Range(0x5B, 0x60) + Range(0x7B, 0x7E));
 }
 
 TEST(MimeCharClass, AddressSpecialsIncludeEqualsSign) {

@@ -5,7 +5,8 @@
 
 int main() {
   IEMSDataObject* data = nullptr;
-  if (FAILED(PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data)))) {
+  if (FAILED(PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject,
+                              reinterpret_cast<void**>(&data)))) {
     return 1;
   }
   HRESULT hr = data->CreateEmptyData(3);

@@ -46,7 +46,8 @@ TEST(MessageAssemble, BytesAbove127InTheBodySurviveAssembly) {
 
 TEST(MessageAssemble, FullMessageGetGivesTheBytesAsAnsiCharacters) {
   auto message = ParsedMessage("Subject: s\r\n\r\ncaf\xE9 \x80");
-  EXPECT_EQ(Text(message.get(), &IEMSMessageParser::get_FullMessage), "Subject: s\r\n\r\ncaf\xC3\xA9 \xE2\x82\xAC");
+  EXPECT_EQ(Text(message.get(), &IEMSMessageParser::get_FullMessage),
+            "Subject: s\r\n\r\ncaf\xC3\xA9 \xE2\x82\xAC");
 }
 
 TEST(MessageAssemble, AssemblyNeedsAResultPlace) {
@@ -74,7 +75,8 @@ TEST(MessageAssemble, ChangesMadeAfterTheParseShowInTheAssembly) {
   message->put_Subject(B("changed").get());
   message->put_HeaderString(B("X-Extra").get(), B("1").get());
   message->put_Body(B("new body").get());
-  EXPECT_EQ(Assembled(message.get()), "Subject: =?windows-1252?B?Y2hhbmdlZA==?=\r\nX-Extra: 1\r\n\r\nnew body");
+  EXPECT_EQ(Assembled(message.get()),
+            "Subject: =?windows-1252?B?Y2hhbmdlZA==?=\r\nX-Extra: 1\r\n\r\nnew body");
 }
 
 TEST(MessageAssemble, AssemblyAddsNoFieldOfItsOwn) {

@@ -262,7 +262,8 @@ TEST(MessageBodies, HtmlBodyPutForANewPartUsesTheHtmlCodePageAndEncoding) {
 
 TEST(MessageBodies, TextBodyPutOnAMultipartMixedRootAddsThePartWithoutConverting) {
   auto message = ParsedMessage(
-      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: image/gif\r\n\r\nGIF\r\n--m--\r\n");
+      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: "
+      "image/gif\r\n\r\nGIF\r\n--m--\r\n");
   EXPECT_EQ(message->put_TextBody(B("text").get()), S_OK);
   EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "multipart/mixed(image/gif,text/plain)");
 }
@@ -325,7 +326,8 @@ TEST(MessageBodies, AddPartToAMessageWithoutContentMakesItTheRoot) {
 
 TEST(MessageBodies, AddPartToARootOfThePreferredSubtypeAppendsIt) {
   auto message = ParsedMessage(
-      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: image/gif\r\n\r\nGIF\r\n--m--\r\n");
+      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: "
+      "image/gif\r\n\r\nGIF\r\n--m--\r\n");
   auto part = Create<IEMSMimePart>(CLSID_EMSMimePart);
   ASSERT_TRUE(part);
   part->ParsePartObject(DataOf("Content-Type: text/csv\r\n\r\na,b").get());
@@ -418,7 +420,8 @@ TEST(MessageBodies, AddAttachEncodesANonAsciiName) {
   message->put_TextBody(B("x").get());
   EXPECT_EQ(message->AddAttach(B("caf\xC3\xA9.txt").get(), DataOf("abc").get()), S_OK);
   auto attachment = ChildOf(RootOf(message.get()).get(), 1);
-  EXPECT_EQ(AttributeRaw(attachment.get(), "Content-Disposition", "filename"), "=?windows-1252?Q?caf=E9.txt?=");
+  EXPECT_EQ(AttributeRaw(attachment.get(), "Content-Disposition", "filename"),
+            "=?windows-1252?Q?caf=E9.txt?=");
   EXPECT_EQ(PartField(attachment.get(), "Content-Type"), "text/plain");
 }
 
@@ -438,7 +441,8 @@ TEST(MessageBodies, AddAttachOfAUuencodedAttachmentUsesBWhereQWasAsked) {
   message->put_TextBody(B("x").get());
   EXPECT_EQ(message->AddAttach(B("caf\xC3\xA9.txt").get(), DataOf("abc").get()), S_OK);
   auto attachment = ChildOf(RootOf(message.get()).get(), 1);
-  EXPECT_EQ(AttributeRaw(attachment.get(), "Content-Disposition", "filename"), "=?windows-1252?B?Y2Fm6S50eHQ=?=");
+  EXPECT_EQ(AttributeRaw(attachment.get(), "Content-Disposition", "filename"),
+            "=?windows-1252?B?Y2Fm6S50eHQ=?=");
   EXPECT_EQ(PartField(attachment.get(), "Content-Transfer-Encoding"), "x-uuencode");
 }
 
@@ -454,7 +458,8 @@ TEST(MessageBodies, AddAttachWithoutANameWritesOnlyTheDisposition) {
 TEST(MessageBodies, AddAttachOnAnAlternativeRootMakesItMixedFirst) {
   auto message = ParsedMessage(kAlternative);
   EXPECT_EQ(message->AddAttach(B("a.txt").get(), DataOf("abc").get()), S_OK);
-  EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "multipart/mixed(multipart/alternative(text/plain,text/html),/)");
+  EXPECT_EQ(TreeShape(RootOf(message.get()).get()),
+            "multipart/mixed(multipart/alternative(text/plain,text/html),/)");
   auto again = ParsedMessage(Assembled(message.get()));
   EXPECT_EQ(TreeShape(RootOf(again.get()).get()),
             "multipart/mixed(multipart/alternative(text/plain,text/html),text/plain)");
@@ -545,7 +550,8 @@ TEST(MessageBodies, AttachPartsWithoutARootPartWritesNothing) {
 
 TEST(MessageBodies, AttachPartsEndsOnATreeThatHoldsItsOwnRoot) {
   auto message = ParsedMessage(
-      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: image/gif\r\n\r\nG\r\n--m--\r\n");
+      "Content-Type: multipart/mixed; boundary=\"m\"\r\n\r\n--m\r\nContent-Type: "
+      "image/gif\r\n\r\nG\r\n--m--\r\n");
   auto root = RootOf(message.get());
   ASSERT_TRUE(root);
   ComPtr<IEMSMimeParts> children;

@@ -12,7 +12,9 @@ struct Attachment {
   bool operator==(const Attachment& o) const { return name == o.name && bytes == o.bytes; }
 };
 
-void PrintTo(const Attachment& a, std::ostream* out) { *out << a.name << " (" << a.bytes.size() << " bytes)"; }
+void PrintTo(const Attachment& a, std::ostream* out) {
+  *out << a.name << " (" << a.bytes.size() << " bytes)";
+}
 
 std::vector<Attachment> AttachmentsOf(IEMSMessageParser* message) {
   std::vector<Attachment> out;
@@ -46,7 +48,8 @@ struct Composed {
   std::vector<Attachment> attachments;
 };
 
-std::string BodyOrAbsent(IEMSMessageParser* message, HRESULT (STDMETHODCALLTYPE IEMSMessageParser::*getter)(BSTR*)) {
+std::string BodyOrAbsent(IEMSMessageParser* message,
+                         HRESULT (STDMETHODCALLTYPE IEMSMessageParser::*getter)(BSTR*)) {
   BSTR value = nullptr;
   HRESULT hr = (message->*getter)(&value);
   return hr == S_FALSE ? std::string("<absent>") : TextOf(value);
@@ -110,19 +113,22 @@ TEST(MessageCompose, AnHtmlBodyAloneComesBackAsASinglePart) {
 }
 
 TEST(MessageCompose, AttachmentsAloneComeBackWithTheirNamesAndBytes) {
-  Composed c{"<unset>", "<unset>", "<unset>", "<absent>", "<absent>", {{"one.pdf", Binary()}, {"two.bin", "\x01\x02\x03"}}};
+  Composed c{"<unset>",  "<unset>",  "<unset>",
+             "<absent>", "<absent>", {{"one.pdf", Binary()}, {"two.bin", "\x01\x02\x03"}}};
   auto message = NewMessage();
   ASSERT_EQ(message->AddAttach(B("one.pdf").get(), DataOf(Binary()).get()), S_OK);
   ASSERT_EQ(message->AddAttach(B("two.bin").get(), DataOf("\x01\x02\x03").get()), S_OK);
   auto parsed = Reparsed(message.get());
-  EXPECT_EQ(TreeShape(RootOf(parsed.get()).get()), "multipart/mixed(application/pdf,application/octet-stream)");
+  EXPECT_EQ(TreeShape(RootOf(parsed.get()).get()),
+            "multipart/mixed(application/pdf,application/octet-stream)");
   ExpectReadsAs(parsed.get(), c);
 }
 
 TEST(MessageCompose, EveryAttachmentEncodingComesBack) {
   for (LONG encoding : {0, 1, 2, 3, 4}) {
     SCOPED_TRACE(encoding);
-    Composed c{"<unset>", "<unset>", "<unset>", "body\r\n", "<absent>", {{"data.bin", "text line\r\nsecond"}}};
+    Composed c{"<unset>",  "<unset>",  "<unset>",
+               "body\r\n", "<absent>", {{"data.bin", "text line\r\nsecond"}}};
     auto message = NewMessage();
     message->put_AttachEncoding(encoding);
     ASSERT_EQ(message->put_TextBody(B(c.text).get()), S_OK);
@@ -159,7 +165,8 @@ TEST(MessageCompose, AQuotedPrintablePartBeforeAnotherGainsALineBreak) {
   ASSERT_EQ(message->put_TextBody(B("caf\xC3\xA9\r\n").get()), S_OK);
   ASSERT_EQ(message->put_HTMLBody(B("<p>x</p>").get()), S_OK);
   auto parsed = Reparsed(message.get());
-  EXPECT_EQ(PartField(ChildOf(RootOf(parsed.get()).get(), 0).get(), "Content-Transfer-Encoding"), "quoted-printable");
+  EXPECT_EQ(PartField(ChildOf(RootOf(parsed.get()).get(), 0).get(), "Content-Transfer-Encoding"),
+            "quoted-printable");
   EXPECT_EQ(Text(parsed.get(), &IEMSMessageParser::get_TextBody), "caf\xC3\xA9\r\n\r\n");
 }
 

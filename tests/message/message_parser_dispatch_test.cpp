@@ -148,8 +148,9 @@ class MessageByName : public ::testing::Test {
 };
 
 TEST_F(MessageByName, FullMessagePutSubjectAndHeaderStringByName) {
-  EXPECT_EQ(Invoke(dispatch_.get(), "FullMessage", DISPATCH_PROPERTYPUT, {"Subject: hi\r\nTo: a@b\r\n\r\nbody"}),
-            S_OK);
+  EXPECT_EQ(
+      Invoke(dispatch_.get(), "FullMessage", DISPATCH_PROPERTYPUT, {"Subject: hi\r\nTo: a@b\r\n\r\nbody"}),
+      S_OK);
   EXPECT_EQ(GetText("subject"), "hi");
   EXPECT_EQ(Invoke(dispatch_.get(), "Subject", DISPATCH_PROPERTYPUT, {"there"}), S_OK);
   EXPECT_EQ(Invoke(dispatch_.get(), "HeaderString", DISPATCH_PROPERTYPUT, {"X-Id", "42"}), S_OK);
@@ -186,10 +187,12 @@ TEST_F(MessageByName, AScriptParsesEditsAttachesAndAssembles) {
   auto data = Create<IEMSDataObject>(CLSID_EMSDataObject);
   ComPtr<IDispatch> dataDispatch;
   ASSERT_EQ(data->QueryInterface(IID_IDispatch, dataDispatch.put_void()), S_OK);
-  ASSERT_EQ(Invoke(dataDispatch.get(), "CreateDataArray", DISPATCH_METHOD, {Arg::Own(ByteVariant("%PDF-1.4"))}),
-            S_OK);
-  EXPECT_EQ(Invoke(dispatch_.get(), "AddAttach", DISPATCH_METHOD, {"C:\\out\\report.pdf", Arg(dataDispatch.get())}),
-            S_OK);
+  ASSERT_EQ(
+      Invoke(dataDispatch.get(), "CreateDataArray", DISPATCH_METHOD, {Arg::Own(ByteVariant("%PDF-1.4"))}),
+      S_OK);
+  EXPECT_EQ(
+      Invoke(dispatch_.get(), "AddAttach", DISPATCH_METHOD, {"C:\\out\\report.pdf", Arg(dataDispatch.get())}),
+      S_OK);
 
   std::string full = GetText("FullMessage");
   EXPECT_NE(full.find("Subject: "), std::string::npos);

@@ -82,7 +82,8 @@ TEST(MessageMime, TheRootPartTakesTheMessagesDefaults) {
 TEST(MessageMime, AMultipartBodyIsSplitIntoChildren) {
   auto message = ParsedMessage(
       "Subject: s\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\npreamble\r\n"
-      "--b\r\nContent-Type: text/plain\r\n\r\none\r\n--b\r\nContent-Type: image/gif\r\n\r\nGIF89a\r\n--b--\r\n");
+      "--b\r\nContent-Type: text/plain\r\n\r\none\r\n--b\r\nContent-Type: "
+      "image/gif\r\n\r\nGIF89a\r\n--b--\r\n");
   EXPECT_EQ(TreeShape(RootOf(message.get()).get()), "multipart/mixed(text/plain,image/gif)");
   EXPECT_EQ(PartBody(ChildOf(RootOf(message.get()).get(), 0).get()), "one\r\n");
 }
@@ -96,7 +97,8 @@ TEST(MessageMime, BodyObjectOfAMimeMessageIsTheRootPartsBody) {
 
 TEST(MessageMime, BodyObjectOfAMultipartMessageIsBuiltFromTheChildren) {
   auto message = ParsedMessage(
-      "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\none\r\n--b--\r\n");
+      "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\nContent-Type: "
+      "text/plain\r\n\r\none\r\n--b--\r\n");
   EXPECT_EQ(BodyBytes(message.get()), "--b\r\nContent-Type: text/plain\r\n\r\none\r\n--b--\r\n");
 }
 
@@ -221,7 +223,8 @@ TEST(MessageMime, AMimeMessageAssemblesToItsFieldsFollowedByTheRootPart) {
 
 TEST(MessageMime, ARootPartOfAnotherImplementationAssemblesThroughItsInterface) {
   const std::string part =
-      "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nx\r\n--b--\r\n";
+      "Content-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\nContent-Type: "
+      "text/plain\r\n\r\nx\r\n--b--\r\n";
   auto foreign = MakeForeign<ForeignPart>();
   ASSERT_EQ(foreign->ParsePartObject(DataOf(part).get()), S_OK);
   auto message = ParsedMessage("Subject: s\r\n\r\nplain");
@@ -229,8 +232,9 @@ TEST(MessageMime, ARootPartOfAnotherImplementationAssemblesThroughItsInterface) 
   int before = foreign->calls;
   std::string assembled = Assembled(message.get());
   EXPECT_GT(foreign->calls, before);
-  EXPECT_EQ(assembled, "Subject: s\r\nContent-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n"
-                       "Content-Type: text/plain\r\n\r\nx\r\n--b--\r\n");
+  EXPECT_EQ(assembled,
+            "Subject: s\r\nContent-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n"
+            "Content-Type: text/plain\r\n\r\nx\r\n--b--\r\n");
   // The library's own part gives the same bytes.
   auto own = ParsedMessage("Subject: s\r\n" + part);
   EXPECT_EQ(Assembled(own.get()), assembled);
@@ -270,7 +274,7 @@ TEST(MessageUuencode, TheConvertedMessageIsParsedAgainFromItsAssembly) {
   EXPECT_NE(stored.get(), data.get());
   EXPECT_EQ(SpanBytes(stored.get()), Assembled(message.get()));
   EXPECT_EQ(Number(message.get(), &IEMSMessageParser::get_TextEncoding), 3);  // reset by the second parse
-  EXPECT_EQ(message->Parse(), S_OK);                                        // parsed
+  EXPECT_EQ(message->Parse(), S_OK);                                          // parsed
 }
 
 TEST(MessageUuencode, TheAttachmentIsNotFlaggedAfterTheSecondParse) {
@@ -372,11 +376,10 @@ TEST(MessageUuencode, AParseConvertsAtMostItsLimitOfRounds) {
 
 // ---------------------------------------------------------------- uuencoded blocks in a MIME tree
 TEST(MessageUuencode, ATextPartHoldingABlockIsReplacedInPlace) {
-  auto message = ParsedMessage(std::string(
-                                   "Subject: s\r\nContent-Type: multipart/mixed; boundary=\"XX\"\r\n\r\n"
-                                   "--XX\r\nContent-Type: text/plain\r\n\r\nHi\r\n") +
-                               kBlockLine +
-                               "Bye\r\n--XX\r\nContent-Type: image/gif\r\n\r\nGIF89a\r\n--XX--\r\n");
+  auto message =
+      ParsedMessage(std::string("Subject: s\r\nContent-Type: multipart/mixed; boundary=\"XX\"\r\n\r\n"
+                                "--XX\r\nContent-Type: text/plain\r\n\r\nHi\r\n") +
+                    kBlockLine + "Bye\r\n--XX\r\nContent-Type: image/gif\r\n\r\nGIF89a\r\n--XX--\r\n");
   auto root = RootOf(message.get());
   ASSERT_TRUE(root);
   EXPECT_EQ(TreeShape(root.get()), "multipart/mixed(text/plain,image/gif,<none>)");
@@ -386,13 +389,13 @@ TEST(MessageUuencode, ATextPartHoldingABlockIsReplacedInPlace) {
 }
 
 TEST(MessageUuencode, AttachmentsOfANestedTextPartGoToItsOwnParent) {
-  auto message = ParsedMessage(std::string(
-                                   "Content-Type: multipart/mixed; boundary=\"o\"\r\n\r\n"
-                                   "--o\r\nContent-Type: multipart/alternative; boundary=\"i\"\r\n\r\n"
-                                   "--i\r\nContent-Type: text/plain\r\n\r\nHi\r\n") +
-                               kBlockLine +
-                               "--i\r\nContent-Type: text/html\r\n\r\n<p>Hi</p>\r\n--i--\r\n"
-                               "\r\n--o\r\nContent-Type: image/gif\r\n\r\nGIF\r\n--o--\r\n");
+  auto message =
+      ParsedMessage(std::string("Content-Type: multipart/mixed; boundary=\"o\"\r\n\r\n"
+                                "--o\r\nContent-Type: multipart/alternative; boundary=\"i\"\r\n\r\n"
+                                "--i\r\nContent-Type: text/plain\r\n\r\nHi\r\n") +
+                    kBlockLine +
+                    "--i\r\nContent-Type: text/html\r\n\r\n<p>Hi</p>\r\n--i--\r\n"
+                    "\r\n--o\r\nContent-Type: image/gif\r\n\r\nGIF\r\n--o--\r\n");
   EXPECT_EQ(TreeShape(RootOf(message.get()).get()),
             "multipart/mixed(multipart/alternative(text/plain,text/html,<none>),image/gif)");
 }

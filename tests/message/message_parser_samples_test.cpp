@@ -180,35 +180,40 @@ struct Sample {
 void PrintTo(const Sample& sample, std::ostream* out) { *out << sample.name; }
 
 const Sample kSamples[] = {
-    {"plain", kPlain, false, "<none>", "Lunch on Friday?", "Alice Example", "alice@example.com", "bob@example.org",
-     "Hi Bob,\r\n\r\nare you free for lunch on Friday?\r\n\r\nAlice\r\n", "<absent>", "<plain>",
-     "multipart/mixed(multipart/alternative(text/plain,text/html),application/pdf)"},
+    {"plain", kPlain, false, "<none>", "Lunch on Friday?", "Alice Example", "alice@example.com",
+     "bob@example.org", "Hi Bob,\r\n\r\nare you free for lunch on Friday?\r\n\r\nAlice\r\n", "<absent>",
+     "<plain>", "multipart/mixed(multipart/alternative(text/plain,text/html),application/pdf)"},
     {"alternative", kAlternative, true, "multipart/alternative(text/plain,text/html)",
-     "Pr\xC3\xAAt pour la r\xC3\xA9union", "Ren\xC3\xA9" "e", "renee@example.net", "team@example.net",
-     "Pr\xC3\xAAt pour la r\xC3\xA9union \xC3\xA0 10h.\r\n", "<p>Pr\xC3\xAAt pour la r\xC3\xA9union \xC3\xA0 <b>10h</b>.</p>",
-     "", "multipart/mixed(multipart/alternative(text/plain,text/html),application/pdf)"},
-    {"mixed", kMixed, true, "multipart/mixed(text/plain,application/pdf,image/png)", "Invoice and photo", "Carol",
-     "carol@example.com", "dave@example.com", "Invoice and photo attached.\r\n", "<absent>",
+     "Pr\xC3\xAAt pour la r\xC3\xA9union",
+     "Ren\xC3\xA9"
+     "e",
+     "renee@example.net", "team@example.net", "Pr\xC3\xAAt pour la r\xC3\xA9union \xC3\xA0 10h.\r\n",
+     "<p>Pr\xC3\xAAt pour la r\xC3\xA9union \xC3\xA0 <b>10h</b>.</p>", "",
+     "multipart/mixed(multipart/alternative(text/plain,text/html),application/pdf)"},
+    {"mixed", kMixed, true, "multipart/mixed(text/plain,application/pdf,image/png)", "Invoice and photo",
+     "Carol", "carol@example.com", "dave@example.com", "Invoice and photo attached.\r\n", "<absent>",
      "invoice.pdf,photo.png",
      "multipart/mixed(text/plain,application/pdf,image/png,text/html,application/pdf)"},
-    {"related", kRelated, true,
-     "multipart/alternative(text/plain,multipart/related(text/html,image/gif))", "Newsletter", "",
-     "news@example.org", "reader@example.org", "Our newsletter, in plain text.\r\n",
+    {"related", kRelated, true, "multipart/alternative(text/plain,multipart/related(text/html,image/gif))",
+     "Newsletter", "", "news@example.org", "reader@example.org", "Our newsletter, in plain text.\r\n",
      "<html><body><img src=\"cid:logo@example.org\"><p>Our newsletter.</p></body></html>\r\n", "NoName.att",
-     "multipart/mixed(multipart/alternative(text/plain,multipart/related(text/html,image/gif)),application/pdf)"},
+     "multipart/mixed(multipart/alternative(text/plain,multipart/related(text/html,image/gif)),application/"
+     "pdf)"},
     {"forward", kForward, true, "multipart/mixed(text/plain,message/rfc822)", "Fwd: minutes", "Erin",
      "erin@example.com", "frank@example.com", "See the forwarded message.\r\n", "<absent>", "minutes.eml",
      "multipart/mixed(text/plain,message/rfc822,text/html,application/pdf)"},
-    {"uuencoded plain", kUuencodedPlain, true, "multipart/mixed(text/plain,<none>)", "old-style attachment", "Heidi",
-     "heidi@example.com", "ivan@example.com", "Here is the file.\r\n\r\nRegards, Heidi\r\n", "<absent>", "",
-     "multipart/mixed(text/plain,<none>,text/html,application/pdf)"},
-    {"uuencoded part", kUuencodedPart, true, "multipart/mixed(text/plain,image/gif,<none>,<none>)", "files inside",
-     "Judy", "judy@example.com", "ken@example.com", "Two files follow.\r\nThat is all.\r\n", "<absent>",
-     "NoName.att", "multipart/mixed(text/plain,image/gif,<none>,<none>,text/html,application/pdf)"},
+    {"uuencoded plain", kUuencodedPlain, true, "multipart/mixed(text/plain,<none>)", "old-style attachment",
+     "Heidi", "heidi@example.com", "ivan@example.com", "Here is the file.\r\n\r\nRegards, Heidi\r\n",
+     "<absent>", "", "multipart/mixed(text/plain,<none>,text/html,application/pdf)"},
+    {"uuencoded part", kUuencodedPart, true, "multipart/mixed(text/plain,image/gif,<none>,<none>)",
+     "files inside", "Judy", "judy@example.com", "ken@example.com", "Two files follow.\r\nThat is all.\r\n",
+     "<absent>", "NoName.att",
+     "multipart/mixed(text/plain,image/gif,<none>,<none>,text/html,application/pdf)"},
 };
 
 // ---------------------------------------------------------------- reading and editing
-std::string BodyText(IEMSMessageParser* message, HRESULT (STDMETHODCALLTYPE IEMSMessageParser::*getter)(BSTR*)) {
+std::string BodyText(IEMSMessageParser* message,
+                     HRESULT (STDMETHODCALLTYPE IEMSMessageParser::*getter)(BSTR*)) {
   BSTR value = nullptr;
   HRESULT hr = (message->*getter)(&value);
   if (hr == S_FALSE) {

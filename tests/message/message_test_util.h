@@ -186,7 +186,8 @@ class ForeignData final : public IEMSDataObject {
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** ppv) override {
     if (ppv == nullptr) return E_POINTER;
-    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) || IsEqualIID(riid, IID_IEMSDataObject)) {
+    if (IsEqualIID(riid, IID_IUnknown) || IsEqualIID(riid, IID_IDispatch) ||
+        IsEqualIID(riid, IID_IEMSDataObject)) {
       *ppv = static_cast<IEMSDataObject*>(this);
       AddRef();
       return S_OK;
@@ -202,8 +203,11 @@ class ForeignData final : public IEMSDataObject {
   }
   HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT*) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*, UINT*) override {
+  HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE Invoke(DISPID, REFIID, LCID, WORD, DISPPARAMS*, VARIANT*, EXCEPINFO*,
+                                   UINT*) override {
     return E_NOTIMPL;
   }
 
@@ -212,10 +216,14 @@ class ForeignData final : public IEMSDataObject {
     return inner_->Clone(p);
   }
   HRESULT STDMETHODCALLTYPE CopyFrom(IEMSDataObject* d) override { return inner_->CopyFrom(d); }
-  HRESULT STDMETHODCALLTYPE CreateDataArray(VARIANT v, LONG n) override { return inner_->CreateDataArray(v, n); }
+  HRESULT STDMETHODCALLTYPE CreateDataArray(VARIANT v, LONG n) override {
+    return inner_->CreateDataArray(v, n);
+  }
   HRESULT STDMETHODCALLTYPE CreateEmptyData(ULONG n) override { return inner_->CreateEmptyData(n); }
   HRESULT STDMETHODCALLTYPE CreateDataFromFile(BSTR f) override { return inner_->CreateDataFromFile(f); }
-  HRESULT STDMETHODCALLTYPE ExtractBlockAsData(IEMSDataObject** p) override { return inner_->ExtractBlockAsData(p); }
+  HRESULT STDMETHODCALLTYPE ExtractBlockAsData(IEMSDataObject** p) override {
+    return inner_->ExtractBlockAsData(p);
+  }
   HRESULT STDMETHODCALLTYPE get_Data(VARIANT* p) override { return inner_->get_Data(p); }
   HRESULT STDMETHODCALLTYPE put_Data(VARIANT v) override { return inner_->put_Data(v); }
   HRESULT STDMETHODCALLTYPE get_DataSize(ULONG* p) override { return inner_->get_DataSize(p); }
@@ -225,7 +233,8 @@ class ForeignData final : public IEMSDataObject {
   HRESULT STDMETHODCALLTYPE put_Length(ULONG v) override { return inner_->put_Length(v); }
 
  private:
-  ForeignData(std::string_view bytes, HRESULT cloneStatus) : inner_(DataOf(bytes)), cloneStatus_(cloneStatus) {}
+  ForeignData(std::string_view bytes, HRESULT cloneStatus)
+      : inner_(DataOf(bytes)), cloneStatus_(cloneStatus) {}
   ~ForeignData() = default;
 
   ULONG refs_ = 1;

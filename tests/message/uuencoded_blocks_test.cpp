@@ -9,7 +9,9 @@ namespace {
 
 const char kBlock[] = "begin 644 file.txt\r\n#86)C\r\n`\r\nend\r\n";
 
-std::string Data(std::string_view text, const UuencodedBlock& b) { return std::string(text.substr(b.dataOffset, b.dataLength)); }
+std::string Data(std::string_view text, const UuencodedBlock& b) {
+  return std::string(text.substr(b.dataOffset, b.dataLength));
+}
 
 TEST(FindUuencodedBlocks, TextAroundOneBlock) {
   std::string text = std::string("Hello\r\n") + kBlock + "Bye\r\n";

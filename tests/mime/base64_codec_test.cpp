@@ -49,7 +49,9 @@ TEST(Base64Decode, PaddingDoesNotEndTheGroup) {
   EXPECT_EQ(Base64Decoded("QQ==QQ=="), "A\x04\x10"s);
 }
 
-TEST(Base64Decode, ConcatenatedStreamsDecodeAsOneMisalignedStream) { EXPECT_EQ(Base64Decoded("QUI=QUI="), "AB\x10P"s); }
+TEST(Base64Decode, ConcatenatedStreamsDecodeAsOneMisalignedStream) {
+  EXPECT_EQ(Base64Decoded("QUI=QUI="), "AB\x10P"s);
+}
 
 TEST(Base64Decode, LineBreaksBlanksAndStrayCharactersAreSkipped) {
   EXPECT_EQ(Base64Decoded("QU JD\r\nR\tEV*G"), "ABCDEF");

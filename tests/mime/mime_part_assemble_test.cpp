@@ -64,8 +64,8 @@ TEST(BodyObjectGet, ChildrenAreWrittenBetweenDelimiterLines) {
 TEST(BodyObjectGet, LastChildReadsBackWithItsOwnBytes) {
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {"A\r\n", "B\r\n"});
   auto again = NewPart();
-  ASSERT_EQ(again->ParsePartObject(DataOf("Content-Type: multipart/mixed; boundary=b\r\n\r\n" +
-                                          BodyOf(part.get())).get()),
+  ASSERT_EQ(again->ParsePartObject(
+                DataOf("Content-Type: multipart/mixed; boundary=b\r\n\r\n" + BodyOf(part.get())).get()),
             S_OK);
   ASSERT_EQ(ChildCount(again.get()), 2);
   EXPECT_EQ(BodyOf(ChildOf(again.get(), 0).get()), "A\r\n");
@@ -77,7 +77,8 @@ TEST(BodyObjectGet, LastMultipartChildEndsWithItsOwnClosingDelimiter) {
   auto part = BuiltMultipart("multipart/mixed; boundary=b", {});
   PartsOf(part.get())->AddPart(inner.get());
   EXPECT_EQ(BodyOf(part.get()),
-            "--b\r\nContent-Type: multipart/alternative;\r\n\tboundary=\"c\"\r\n\r\n--c\r\n\r\na\r\n--c--\r\n--b--\r\n");
+            "--b\r\nContent-Type: "
+            "multipart/alternative;\r\n\tboundary=\"c\"\r\n\r\n--c\r\n\r\na\r\n--c--\r\n--b--\r\n");
 }
 
 TEST(BodyObjectGet, ChildNotEndingInALineBreakGetsOne) {
@@ -240,9 +241,10 @@ TEST(AssemblePartObject, NestedChildrenGetTheirOwnBoundaries) {
   std::string outerBoundary = BoundaryOf(outer.get());
   std::string innerBoundary = BoundaryOf(inner.get());
   ASSERT_NE(outerBoundary, innerBoundary);
-  EXPECT_EQ(out, "Content-Type: multipart/mixed;\r\n\tboundary=\"" + outerBoundary + "\"\r\n\r\n--" + outerBoundary +
-                     "\r\nContent-Type: multipart/alternative;\r\n\tboundary=\"" + innerBoundary + "\"\r\n\r\n--" +
-                     innerBoundary + "\r\n\r\na\r\n--" + innerBoundary + "--\r\n--" + outerBoundary + "--\r\n");
+  EXPECT_EQ(out, "Content-Type: multipart/mixed;\r\n\tboundary=\"" + outerBoundary + "\"\r\n\r\n--" +
+                     outerBoundary + "\r\nContent-Type: multipart/alternative;\r\n\tboundary=\"" +
+                     innerBoundary + "\"\r\n\r\n--" + innerBoundary + "\r\n\r\na\r\n--" + innerBoundary +
+                     "--\r\n--" + outerBoundary + "--\r\n");
 }
 
 TEST(AssemblePartObject, ParseThenAssembleKeepsInnerChildrenAndRestoresTheLast) {
@@ -258,14 +260,15 @@ TEST(AssemblePartObject, ParseThenAssembleKeepsInnerChildrenAndRestoresTheLast) 
 }
 
 TEST(AssemblePartObject, NestedTreeRoundTripsThroughParse) {
-  std::string inner =
-      Multipart("in", {"Content-Type: text/plain\r\n\r\none", "Content-Type: text/html\r\n\r\ntwo"}, "alternative");
+  std::string inner = Multipart(
+      "in", {"Content-Type: text/plain\r\n\r\none", "Content-Type: text/html\r\n\r\ntwo"}, "alternative");
   std::string text = Multipart("out", {inner, "Content-Type: image/gif\r\n\r\nGIF"});
   std::string once = Assembled(Parsed(text).get());
   EXPECT_EQ(Assembled(Parsed(once).get()), once);
   EXPECT_EQ(once,
             "Content-Type: multipart/mixed;\r\n\tboundary=\"out\"\r\n\r\n--out\r\n"
-            "Content-Type: multipart/alternative;\r\n\tboundary=\"in\"\r\n\r\n--in\r\nContent-Type: text/plain\r\n\r\n"
+            "Content-Type: multipart/alternative;\r\n\tboundary=\"in\"\r\n\r\n--in\r\nContent-Type: "
+            "text/plain\r\n\r\n"
             "one\r\n--in\r\nContent-Type: text/html\r\n\r\ntwo\r\n--in--\r\n--out\r\n"
             "Content-Type: image/gif\r\n\r\nGIF\r\n--out--\r\n");
 }

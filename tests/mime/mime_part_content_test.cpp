@@ -178,7 +178,8 @@ TEST(AttachName, PartWithoutFieldsIsNoNameAtt) {
 }
 
 TEST(AttachName, FileNameWithADirectoryKeepsTheLastComponent) {
-  auto part = Parsed("Content-Type: text/plain\r\nContent-Disposition: attachment; filename=\"x/y.txt\"\r\n\r\n");
+  auto part =
+      Parsed("Content-Type: text/plain\r\nContent-Disposition: attachment; filename=\"x/y.txt\"\r\n\r\n");
   EXPECT_EQ(AttachNameOf(part.get()), "y.txt");
 }
 
@@ -188,7 +189,8 @@ TEST(AttachName, FileNameIsUsedAsItStands) {
 }
 
 TEST(AttachName, ExtensionWithABlankTakesOneFromTheContentType) {
-  auto part = Parsed("Content-Type: text/plain\r\nContent-Disposition: attachment; filename=\"my file.a b\"\r\n\r\n");
+  auto part =
+      Parsed("Content-Type: text/plain\r\nContent-Disposition: attachment; filename=\"my file.a b\"\r\n\r\n");
   EXPECT_EQ(AttachNameOf(part.get()), "my file.a b.txt");
 }
 
@@ -208,7 +210,9 @@ TEST(AttachName, EmptyNameParameterIsAnEmptyName) {
   EXPECT_EQ(AttachNameOf(part.get()), ".htm");
 }
 
-TEST(AttachName, MissingResultPlaceIsAPointerError) { EXPECT_EQ(NewPart()->get_AttachName(nullptr), E_POINTER); }
+TEST(AttachName, MissingResultPlaceIsAPointerError) {
+  EXPECT_EQ(NewPart()->get_AttachName(nullptr), E_POINTER);
+}
 
 // ---------------------------------------------------------------- DecodedBinary
 TEST(DecodedBinary, DecodesTheBodyByItsTransferEncoding) {

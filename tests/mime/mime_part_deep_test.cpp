@@ -111,7 +111,8 @@ void RunOnSmallStack(Job* job) {
     out.byType = root->FindPart(B("text/plain").get(), -1, byType.put());
 
     ComPtr<IEMSDataObject> decoded;
-    if (SUCCEEDED(leaf->get_DecodedBinary(decoded.put())) && decoded) out.decodedLeaf = SpanBytes(decoded.get());
+    if (SUCCEEDED(leaf->get_DecodedBinary(decoded.put())) && decoded)
+      out.decodedLeaf = SpanBytes(decoded.get());
   }
   out.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }

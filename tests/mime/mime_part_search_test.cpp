@@ -14,10 +14,10 @@ std::string ContentTypeText(IEMSMimePart* part) {
 
 // mixed( text/plain "one", alternative( text/plain "two", text/html "three" ), image/gif )
 ComPtr<IEMSMimePart> SampleTree() {
-  std::string alternative =
-      Multipart("in", {"Content-Type: text/plain\r\n\r\ntwo", "Content-Type: text/html\r\n\r\nthree"}, "alternative");
-  return Parsed(Multipart("out", {"Content-Type: text/plain\r\nContent-Disposition: attachment\r\n\r\none", alternative,
-                                  "Content-Type: image/gif\r\n\r\nGIF"}));
+  std::string alternative = Multipart(
+      "in", {"Content-Type: text/plain\r\n\r\ntwo", "Content-Type: text/html\r\n\r\nthree"}, "alternative");
+  return Parsed(Multipart("out", {"Content-Type: text/plain\r\nContent-Disposition: attachment\r\n\r\none",
+                                  alternative, "Content-Type: image/gif\r\n\r\nGIF"}));
 }
 
 // ---------------------------------------------------------------- CreateHeader / FindHeader

@@ -112,8 +112,8 @@ inline LONG SubtypeCode(IEMSMimePart* part) {
 // "\r\n" + child + "\r\n" between delimiter lines.
 inline std::string Multipart(std::string_view boundary, const std::vector<std::string>& children,
                              std::string_view subtype = "mixed") {
-  std::string text =
-      "Content-Type: multipart/" + std::string(subtype) + "; boundary=\"" + std::string(boundary) + "\"\r\n\r\n";
+  std::string text = "Content-Type: multipart/" + std::string(subtype) + "; boundary=\"" +
+                     std::string(boundary) + "\"\r\n\r\n";
   for (const std::string& child : children) text += "--" + std::string(boundary) + "\r\n" + child + "\r\n";
   text += "--" + std::string(boundary) + "--\r\n";
   return text;

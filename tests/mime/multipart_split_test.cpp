@@ -9,7 +9,8 @@ namespace {
 
 std::vector<std::string> Children(std::string_view body, std::string_view boundary, bool* found = nullptr) {
   std::vector<std::string> out;
-  for (ChildSpan c : SplitMultipartBody(body, boundary, found)) out.emplace_back(body.substr(c.offset, c.length));
+  for (ChildSpan c : SplitMultipartBody(body, boundary, found))
+    out.emplace_back(body.substr(c.offset, c.length));
   return out;
 }
 

@@ -39,7 +39,8 @@ Result Reference(std::string_view text, size_t begin, size_t end, std::string_vi
 
 Result Split(MultipartSplitter& splitter, size_t begin, size_t end, std::string_view boundary) {
   Result r{{}, false};
-  for (ChildSpan c : splitter.Split(begin, end, boundary, &r.found)) r.children.emplace_back(c.offset, c.length);
+  for (ChildSpan c : splitter.Split(begin, end, boundary, &r.found))
+    r.children.emplace_back(c.offset, c.length);
   return r;
 }
 
@@ -55,8 +56,8 @@ void ExpectSameAsReference(std::string_view text, size_t begin, size_t end, std:
 void ExpectSameAsReference(std::string_view body, std::string_view boundary) {
   // The body alone, and surrounded by other bytes of the buffer.
   ExpectSameAsReference(body, 0, body.size(), boundary);
-  std::string framed =
-      "\r\n--" + std::string(boundary) + "\r\n" + std::string(body) + "\r\n--" + std::string(boundary) + "--\r\n";
+  std::string framed = "\r\n--" + std::string(boundary) + "\r\n" + std::string(body) + "\r\n--" +
+                       std::string(boundary) + "--\r\n";
   size_t begin = 4 + boundary.size() + 2;
   ExpectSameAsReference(framed, begin, begin + body.size(), boundary);
 }

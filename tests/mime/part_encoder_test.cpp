@@ -18,7 +18,8 @@ class PartEncoderTest : public ::testing::Test {
     return part;
   }
   // The encoded body, or kNone when encoding does not give `expected`.
-  std::string Encode(std::string_view body, LONG encoding, std::string_view name = "", HRESULT expected = S_OK) {
+  std::string Encode(std::string_view body, LONG encoding, std::string_view name = "",
+                     HRESULT expected = S_OK) {
     auto part = PartWith(body, encoding);
     EXPECT_EQ(encoder_->EncodePart(part.get(), B(name).get()), expected);
     return expected == S_OK ? BodyOf(part.get()) : kNone;
@@ -30,7 +31,9 @@ class PartEncoderTest : public ::testing::Test {
   }
 };
 
-TEST_F(PartEncoderTest, MissingPartIsAPointerError) { EXPECT_EQ(encoder_->EncodePart(nullptr, nullptr), E_POINTER); }
+TEST_F(PartEncoderTest, MissingPartIsAPointerError) {
+  EXPECT_EQ(encoder_->EncodePart(nullptr, nullptr), E_POINTER);
+}
 
 TEST_F(PartEncoderTest, PartWithoutBodyFails) {
   auto part = NewPart();

@@ -9,9 +9,13 @@ using namespace std::string_literals;
 
 // ------------------------------------------------------------------ decoding
 
-TEST(QuotedPrintableDecode, UpperCaseEscapeGivesItsByte) { EXPECT_EQ(QuotedPrintableDecoded("a=3Db"), "a=b"); }
+TEST(QuotedPrintableDecode, UpperCaseEscapeGivesItsByte) {
+  EXPECT_EQ(QuotedPrintableDecoded("a=3Db"), "a=b");
+}
 
-TEST(QuotedPrintableDecode, LowerCaseEscapeGivesItsByte) { EXPECT_EQ(QuotedPrintableDecoded("a=3db"), "a=b"); }
+TEST(QuotedPrintableDecode, LowerCaseEscapeGivesItsByte) {
+  EXPECT_EQ(QuotedPrintableDecoded("a=3db"), "a=b");
+}
 
 TEST(QuotedPrintableDecode, MixedCaseEscapesGiveTheirBytes) {
   EXPECT_EQ(QuotedPrintableDecoded("=4a=4A=aB=Ff=00"), "JJ\xAB\xFF\0"s);
@@ -21,9 +25,13 @@ TEST(QuotedPrintableDecode, SoftBreakWithCarriageReturnIsRemoved) {
   EXPECT_EQ(QuotedPrintableDecoded("a=\r\nb"), "ab");
 }
 
-TEST(QuotedPrintableDecode, SoftBreakWithBareLineFeedIsRemoved) { EXPECT_EQ(QuotedPrintableDecoded("a=\nb"), "ab"); }
+TEST(QuotedPrintableDecode, SoftBreakWithBareLineFeedIsRemoved) {
+  EXPECT_EQ(QuotedPrintableDecoded("a=\nb"), "ab");
+}
 
-TEST(QuotedPrintableDecode, InvalidEscapeIsKeptLiterally) { EXPECT_EQ(QuotedPrintableDecoded("a=XYb"), "a=XYb"); }
+TEST(QuotedPrintableDecode, InvalidEscapeIsKeptLiterally) {
+  EXPECT_EQ(QuotedPrintableDecoded("a=XYb"), "a=XYb");
+}
 
 TEST(QuotedPrintableDecode, EscapeWithOneHexDigitIsKeptLiterally) {
   EXPECT_EQ(QuotedPrintableDecoded("=4G=G4"), "=4G=G4");
@@ -40,9 +48,13 @@ TEST(QuotedPrintableDecode, CarriageReturnWithoutLineFeedIsKept) {
   EXPECT_EQ(QuotedPrintableDecoded("a=\rXb"), "a=\rXb");
 }
 
-TEST(QuotedPrintableDecode, HexDigitFollowedByLineBreakIsKept) { EXPECT_EQ(QuotedPrintableDecoded("=0\nx"), "=0\nx"); }
+TEST(QuotedPrintableDecode, HexDigitFollowedByLineBreakIsKept) {
+  EXPECT_EQ(QuotedPrintableDecoded("=0\nx"), "=0\nx");
+}
 
-TEST(QuotedPrintableDecode, EqualsSignAtTheVeryEndIsDropped) { EXPECT_EQ(QuotedPrintableDecoded("ab="), "ab"); }
+TEST(QuotedPrintableDecode, EqualsSignAtTheVeryEndIsDropped) {
+  EXPECT_EQ(QuotedPrintableDecoded("ab="), "ab");
+}
 
 TEST(QuotedPrintableDecode, EqualsSignAndOneByteAtTheVeryEndAreDropped) {
   EXPECT_EQ(QuotedPrintableDecoded("ab=4"), "ab");
@@ -50,7 +62,9 @@ TEST(QuotedPrintableDecode, EqualsSignAndOneByteAtTheVeryEndAreDropped) {
   EXPECT_EQ(QuotedPrintableDecoded("ab=X"), "ab");
 }
 
-TEST(QuotedPrintableDecode, SoftBreakAtTheEndLeavesNothing) { EXPECT_EQ(QuotedPrintableDecoded("ab=\r\n"), "ab"); }
+TEST(QuotedPrintableDecode, SoftBreakAtTheEndLeavesNothing) {
+  EXPECT_EQ(QuotedPrintableDecoded("ab=\r\n"), "ab");
+}
 
 TEST(QuotedPrintableDecode, EscapeRightAfterASoftBreakDecodes) {
   EXPECT_EQ(QuotedPrintableDecoded("=\n=41=\r\n=42"), "AB");
@@ -110,7 +124,8 @@ TEST(QuotedPrintableEncode, SixtySixColumnsContinueOnTheNextLine) {
 }
 
 TEST(QuotedPrintableEncode, SeventyCharactersBreakAfterTheSixtyFifth) {
-  EXPECT_EQ(QuotedPrintableEncoded(std::string(70, 'a')), std::string(65, 'a') + "=\r\n" + std::string(5, 'a'));
+  EXPECT_EQ(QuotedPrintableEncoded(std::string(70, 'a')),
+            std::string(65, 'a') + "=\r\n" + std::string(5, 'a'));
 }
 
 TEST(QuotedPrintableEncode, BlankAtColumnSixtyThreeIsWrittenAsItself) {

@@ -116,7 +116,8 @@ TEST(AutomaticEncoding, BinaryWithMoreThanFortyPercentHighBytesIsBase64) {
 }
 
 TEST(AutomaticEncoding, ExactlyFortyPercentHighBytesIsStillQuotedPrintable) {
-  EXPECT_EQ(TransferEncodingFieldValue(kTransferAutomatic, SevenBitShare(WithHighBytes(100, 40))), "quoted-printable");
+  EXPECT_EQ(TransferEncodingFieldValue(kTransferAutomatic, SevenBitShare(WithHighBytes(100, 40))),
+            "quoted-printable");
 }
 
 // ------------------------------------------------------------------ field values written

@@ -34,7 +34,8 @@ inline std::string DecodeBase64(std::string_view in) {
       ++taken;
     }
     int total = 6 * taken;
-    for (int b = 0; b < total / 8; ++b) out.push_back(static_cast<char>((bits >> (total - 8 * (b + 1))) & 0xFF));
+    for (int b = 0; b < total / 8; ++b)
+      out.push_back(static_cast<char>((bits >> (total - 8 * (b + 1))) & 0xFF));
   }
   return out;
 }
@@ -152,7 +153,8 @@ inline std::string EncodeBase64(std::string_view in) {
   size_t g = 0;
   for (size_t pass = 0; pass < groups * 4 / 76 + 1; ++pass) {
     for (int k = 0; k < 19 && g < groups; ++k, ++g) {
-      uint32_t bits = (static_cast<unsigned char>(in[3 * g]) << 16) | (static_cast<unsigned char>(in[3 * g + 1]) << 8) |
+      uint32_t bits = (static_cast<unsigned char>(in[3 * g]) << 16) |
+                      (static_cast<unsigned char>(in[3 * g + 1]) << 8) |
                       static_cast<unsigned char>(in[3 * g + 2]);
       for (int s = 18; s >= 0; s -= 6) out.push_back(kAlphabet[(bits >> s) & 63]);
     }

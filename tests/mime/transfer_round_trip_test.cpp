@@ -139,8 +139,9 @@ TEST(TransferCodecsAgreeWithPlainRules, QuotedPrintableDecodeOnAwkwardInput) {
 
 TEST(TransferCodecsAgreeWithPlainRules, UuencodeDecodeOnAwkwardInput) {
   std::mt19937 rng(8);
-  const std::vector<std::string> pieces = {"begin 644 x", "BEGIN", "end", "END",  "en",   "\r\n", "\n", "\r",  "`",
-                                           "!",           "#",     "M",   "0V%T", "80``", " ",    "z",  "\x1F"};
+  const std::vector<std::string> pieces = {"begin 644 x", "BEGIN", "end", "END", "en",  "\r\n",
+                                           "\n",          "\r",    "`",   "!",   "#",   "M",
+                                           "0V%T",        "80``",  " ",   "z",   "\x1F"};
   for (int i = 0; i < kRandomInputs; ++i) {
     std::string in;
     for (int k = rng() % 24; k > 0; --k) in += pieces[rng() % pieces.size()];

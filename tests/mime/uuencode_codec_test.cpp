@@ -116,7 +116,9 @@ TEST(UuDecode, CarriageReturnInsideAGroupFails) { EXPECT_TRUE(UuFails("#0V\r%T\r
 
 TEST(UuDecode, LineFeedInsideAGroupFails) { EXPECT_TRUE(UuFails("#0V%\nT\r\n")); }
 
-TEST(UuDecode, LineBreakInsideAGroupFailsEvenAfterGoodLines) { EXPECT_TRUE(UuFails("#0V%T\r\n#0V%T\r\n&0V%T\r\n")); }
+TEST(UuDecode, LineBreakInsideAGroupFailsEvenAfterGoodLines) {
+  EXPECT_TRUE(UuFails("#0V%T\r\n#0V%T\r\n&0V%T\r\n"));
+}
 
 TEST(UuDecode, CountBeyondTheWorkBufferFails) {
   EXPECT_TRUE(UuFails("M"));
@@ -157,7 +159,9 @@ TEST(UuEncode, SmallBodyGivesItsExactLines) {
 
 TEST(UuEncode, EmptyBodyHasNoDataLines) { EXPECT_EQ(Uuencoded("", "e"), "begin 644 e\r\n`\r\nend\r\n"); }
 
-TEST(UuEncode, EmptyNameIsWrittenAsNothing) { EXPECT_EQ(Uuencoded("Cat", ""), "begin 644 \r\n#0V%T\r\n`\r\nend\r\n"); }
+TEST(UuEncode, EmptyNameIsWrittenAsNothing) {
+  EXPECT_EQ(Uuencoded("Cat", ""), "begin 644 \r\n#0V%T\r\n`\r\nend\r\n");
+}
 
 TEST(UuEncode, NameIsWrittenAsItsBytes) {
   EXPECT_EQ(Uuencoded("Cat", "r\xE9sum\xE9 1.txt"), "begin 644 r\xE9sum\xE9 1.txt\r\n#0V%T\r\n`\r\nend\r\n");
@@ -167,7 +171,9 @@ TEST(UuEncode, NameEndsAtItsFirstNul) {
   EXPECT_EQ(Uuencoded("Cat", "a.txt\0.exe"s), "begin 644 a.txt\r\n#0V%T\r\n`\r\nend\r\n");
 }
 
-TEST(UuEncode, ZeroValuesAreGraveAccents) { EXPECT_EQ(Uuencoded("\0\0\0"s), "begin 644 f\r\n#````\r\n`\r\nend\r\n"); }
+TEST(UuEncode, ZeroValuesAreGraveAccents) {
+  EXPECT_EQ(Uuencoded("\0\0\0"s), "begin 644 f\r\n#````\r\n`\r\nend\r\n");
+}
 
 TEST(UuEncode, SixtyThreeIsAnUnderscore) {
   EXPECT_EQ(Uuencoded("\xFF\xFF\xFF"s), "begin 644 f\r\n#____\r\n`\r\nend\r\n");

@@ -106,14 +106,16 @@ TEST(CharsetTable, AliasesOfTheMimeDatabaseResolveAsTheNameTheyStandFor) {
   for (const char* alias : {"csEUCKR", "korean", "iso-ir-149", "KSC5601"}) {
     EXPECT_EQ(CharsetToCodePageNumber(std::string_view(alias)), 949) << alias;  // as ks_c_5601-1987
   }
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("cp1256")), 1256);          // as windows-1256
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("latin1")), 28591);         // as iso-8859-1
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("l1")), 1252);              // as windows-1252
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("iso-8859-11")), 874);      // as windows-874, listed itself
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("csISO2022KR")), 50225);    // as iso-2022-kr, listed itself
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("x-sjis")), 932);           // as shift_jis
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("cp1256")), 1256);      // as windows-1256
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("latin1")), 28591);     // as iso-8859-1
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("l1")), 1252);          // as windows-1252
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("iso-8859-11")), 874);  // as windows-874, listed itself
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("csISO2022KR")),
+            50225);                                                     // as iso-2022-kr, listed itself
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("x-sjis")), 932);  // as shift_jis
   EXPECT_EQ(CharsetToCodePageNumber(std::string_view("ISO-8859-8 Visual")), 28598);
-  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("Extended_UNIX_Code_Packed_Format_for_Japanese")), 51932);
+  EXPECT_EQ(CharsetToCodePageNumber(std::string_view("Extended_UNIX_Code_Packed_Format_for_Japanese")),
+            51932);
 }
 
 TEST(CharsetTable, NamesThatResolvedBeforeKeepTheirAnswers) {
@@ -161,8 +163,9 @@ TEST(CharsetTable, NamesMatchWithoutRegardToCase) {
 }
 
 TEST(CharsetTable, AliasesTheDatabaseDoesNotKnowAnswerMinusOne) {
-  for (const char* alias : {"utf8", "cp1252", "sjis", "utf-16", "tis-620", "x-unknown", "", "utf-8 ", " utf-8",
-                            "utf-8x", "euc-kr ", "latin", "iso-8859-8-", "extended_unix_code_packed_format_for_japanese-"}) {
+  for (const char* alias :
+       {"utf8", "cp1252", "sjis", "utf-16", "tis-620", "x-unknown", "", "utf-8 ", " utf-8", "utf-8x",
+        "euc-kr ", "latin", "iso-8859-8-", "extended_unix_code_packed_format_for_japanese-"}) {
     EXPECT_EQ(CharsetToCodePageNumber(std::string_view(alias)), -1) << alias;
   }
 }
@@ -231,7 +234,8 @@ TEST(CharsetTable, UnknownPagesAnswerTheEmptyName) {
 
 TEST(CharsetTable, StatefulPagesAreTheShiftingOnes) {
   for (LONG page : {50220, 50221, 50222, 52936, 65000}) EXPECT_TRUE(IsStatefulCodePage(page)) << page;
-  for (LONG page : {932, 936, 1252, 20127, 28591, 51932, 54936, 65001}) EXPECT_FALSE(IsStatefulCodePage(page)) << page;
+  for (LONG page : {932, 936, 1252, 20127, 28591, 51932, 54936, 65001})
+    EXPECT_FALSE(IsStatefulCodePage(page)) << page;
 }
 
 }  // namespace

@@ -80,7 +80,8 @@ std::vector<MbcsRow> MbcsRows() {
   std::vector<MbcsRow> rows;
   for (const Row& row : ReadTsv("mbcs.tsv")) {
     if (row.size() < 7 || row[0] == "api" || row[2] != "0") continue;
-    rows.push_back({row[0], static_cast<UINT>(std::stoul(row[1])), row[3], row[4], std::stoi(row[5]), row[6]});
+    rows.push_back(
+        {row[0], static_cast<UINT>(std::stoul(row[1])), row[3], row[4], std::stoi(row[5]), row[6]});
   }
   return rows;
 }
@@ -111,7 +112,8 @@ TEST_P(MbcsFact, ConversionGivesTheMeasuredAnswer) {
   } else {
     std::vector<unsigned> input = Hex(row.input);
     WString text(input.begin(), input.end());
-    ASSERT_EQ(WideToMultiByte(row.codePage, text.data(), static_cast<int>(text.size()), nullptr, 0), row.result);
+    ASSERT_EQ(WideToMultiByte(row.codePage, text.data(), static_cast<int>(text.size()), nullptr, 0),
+              row.result);
     EXPECT_EQ(Encode(row.codePage, text), Bytes(Hex(row.output)));
   }
 }
@@ -175,8 +177,10 @@ TEST(ConvertiblePages, UnconvertiblePagesFailEveryConversion) {
 TEST(ConvertiblePages, MeasuredSamplesDecodeAsTheDatabaseDecodesThem) {
   EXPECT_EQ(Decode(50220, "\x1B$B$3$s$K$A$O\x1B(B"), Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
   EXPECT_EQ(Decode(50221, "\x1B$B$3$s$K$A$O\x1B(B"), Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
-  EXPECT_EQ(Decode(51932, "\xA4\xB3\xA4\xF3\xA4\xCB\xA4\xC1\xA4\xCF"), Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
-  EXPECT_EQ(Decode(932, "\x82\xB1\x82\xF1\x82\xC9\x82\xBF\x82\xCD"), Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
+  EXPECT_EQ(Decode(51932, "\xA4\xB3\xA4\xF3\xA4\xCB\xA4\xC1\xA4\xCF"),
+            Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
+  EXPECT_EQ(Decode(932, "\x82\xB1\x82\xF1\x82\xC9\x82\xBF\x82\xCD"),
+            Units({0x3053, 0x3093, 0x306B, 0x3061, 0x306F}));
   EXPECT_EQ(Decode(65000, "+AOk-"), Units({0x00E9}));
   EXPECT_EQ(Decode(20866, "\xC1\xC2"), Units({0x0430, 0x0431}));
   EXPECT_EQ(Decode(28605, "\xA4"), Units({0x20AC}));
@@ -187,9 +191,9 @@ TEST(ConvertiblePages, PagesNeitherServiceMeasuredDecodeByTheirStandards) {
   EXPECT_EQ(Decode(54936, "\x81\x30\x81\x30"), Units({0x0080}));  // the first four-byte code
   EXPECT_EQ(Decode(52936, "~{<:Ky~}"), Units({0x5DF1, 0x6240}));  // GB2312 BCBA CBF9
   // The pages that charset names of the MIME database lead to.
-  EXPECT_EQ(Decode(708, "\xC7\xE4"), Units({0x0627, 0x0644}));   // ASMO-708: alef, lam
-  EXPECT_EQ(Decode(720, "\x9F\xE9"), Units({0x0627, 0x0644}));   // DOS-720: alef, lam
-  EXPECT_EQ(Decode(38598, "\xE0\xE1"), Units({0x05D0, 0x05D1}));  // iso-8859-8-i: alef, bet
+  EXPECT_EQ(Decode(708, "\xC7\xE4"), Units({0x0627, 0x0644}));           // ASMO-708: alef, lam
+  EXPECT_EQ(Decode(720, "\x9F\xE9"), Units({0x0627, 0x0644}));           // DOS-720: alef, lam
+  EXPECT_EQ(Decode(38598, "\xE0\xE1"), Units({0x05D0, 0x05D1}));         // iso-8859-8-i: alef, bet
   EXPECT_EQ(Decode(50225, "\x1B$)C\x0E\x30\x21\x0F"), Units({0xAC00}));  // iso-2022-kr: one syllable
 }
 

@@ -30,7 +30,10 @@ TEST(CodePage, AnsiPageIsWindows1252ByDefault) {
 TEST(CodePage, Utf8DecodesValidSequences) {
   EXPECT_EQ(Decode(65001, "\xC3\xA9"), Units({0x00E9}));
   EXPECT_EQ(Decode(65001, "\xF0\x9F\x98\x80"), Units({0xD83D, 0xDE00}));
-  EXPECT_EQ(Decode(65001, "a\xE2\x82\xAC" "b"), Units({'a', 0x20AC, 'b'}));
+  EXPECT_EQ(Decode(65001,
+                   "a\xE2\x82\xAC"
+                   "b"),
+            Units({'a', 0x20AC, 'b'}));
 }
 
 TEST(CodePage, Utf8ReplacesEachInvalidUnitLikeThePlatform) {
@@ -46,7 +49,9 @@ TEST(CodePage, Utf8ReplacesEachInvalidUnitLikeThePlatform) {
 
 TEST(CodePage, Utf8EncodesLoneSurrogateAsReplacement) {
   EXPECT_EQ(Encode(65001, {0xD800}), "\xEF\xBF\xBD");
-  EXPECT_EQ(Encode(65001, {'a', 0xD800, 'b'}), "a\xEF\xBF\xBD" "b");
+  EXPECT_EQ(Encode(65001, {'a', 0xD800, 'b'}),
+            "a\xEF\xBF\xBD"
+            "b");
   EXPECT_EQ(Encode(65001, {0x20AC}), "\xE2\x82\xAC");
   EXPECT_EQ(Encode(65001, {0x0100}), "\xC4\x80");
   EXPECT_EQ(Encode(65001, {0xD83D, 0xDE00}), "\xF0\x9F\x98\x80");

@@ -12,7 +12,9 @@
 namespace pv::test {
 namespace {
 
-std::string FixturePath(const char* name) { return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name; }
+std::string FixturePath(const char* name) {
+  return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name;
+}
 
 std::string Unquote(const std::string& field) {
   EXPECT_GE(field.size(), 2u);
@@ -112,9 +114,9 @@ TEST(Collation, HyphenAndApostropheOnlyBreakTies) {
   EXPECT_LT(Compare("co-op", "coopa"), 0);
   EXPECT_LT(Compare("co-op", "Coop"), 0);  // case outranks the hyphen
   EXPECT_LT(Compare("ab", "-ab"), 0);
-  EXPECT_LT(Compare("-ab", "a-b"), 0);      // an earlier hyphen first
-  EXPECT_LT(Compare("a-b", "a--b"), 0);     // fewer first
-  EXPECT_LT(Compare("a'b", "a-b"), 0);      // apostrophe before hyphen
+  EXPECT_LT(Compare("-ab", "a-b"), 0);   // an earlier hyphen first
+  EXPECT_LT(Compare("a-b", "a--b"), 0);  // fewer first
+  EXPECT_LT(Compare("a'b", "a-b"), 0);   // apostrophe before hyphen
 }
 
 TEST(Collation, OtherPunctuationSortsBeforeDigitsInTheMeasuredWay) {
@@ -157,10 +159,10 @@ TEST(Collation, DifferentStringsAreNeverEqual) {
 }
 
 TEST(Collation, OrderIsConsistentAcrossManyNames) {
-  std::vector<std::string> names = {"a",     "A",      "a-",    "-a",    "a'",     "'a",     "a-a", "a'a",
-                                    "aa",    "Aa",     "aA",    "a.a",   "a_a",    "a a",    "a0",  "a*",
-                                    "name*", "name*0", "NAME*", "name-", "Name*1", "x-mac",  "x_mac", "xmac",
-                                    "",      "-",      "'",     "--",    "é",      "E",      "e",   "ê"};
+  std::vector<std::string> names = {"a",     "A",      "a-",    "-a",    "a'",     "'a",    "a-a",   "a'a",
+                                    "aa",    "Aa",     "aA",    "a.a",   "a_a",    "a a",   "a0",    "a*",
+                                    "name*", "name*0", "NAME*", "name-", "Name*1", "x-mac", "x_mac", "xmac",
+                                    "",      "-",      "'",     "--",    "é",      "E",     "e",     "ê"};
   for (const auto& a : names) {
     for (const auto& b : names) {
       int ab = Sign(Compare(a, b));

@@ -12,7 +12,9 @@
 namespace pv::test {
 namespace {
 
-std::string FixturePath(const char* name) { return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name; }
+std::string FixturePath(const char* name) {
+  return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name;
+}
 
 const ContentTypeTable& Fixture() {
   static const ContentTypeTable table = ContentTypeTable::Load(FixturePath("mime.types").c_str());
@@ -24,7 +26,9 @@ std::string TypeOf(const ContentTypeTable& table, WStringView extension) {
   WString type;
   return table.ContentTypeOf(extension, &type) ? U8(type) : "(none)";
 }
-std::string TypeOf(const ContentTypeTable& table, std::string_view extension) { return TypeOf(table, W(extension)); }
+std::string TypeOf(const ContentTypeTable& table, std::string_view extension) {
+  return TypeOf(table, W(extension));
+}
 
 std::string ExtensionOf(const ContentTypeTable& table, std::string_view type) {
   WString extension;
@@ -184,7 +188,9 @@ TEST(ContentTypeTable, UnreadableFileGivesAnEmptyTable) {
   EXPECT_EQ(table.extension_count(), 0u);
 }
 
-TEST(ContentTypeTable, NullPathGivesAnEmptyTable) { EXPECT_EQ(ContentTypeTable::Load(nullptr).type_count(), 0u); }
+TEST(ContentTypeTable, NullPathGivesAnEmptyTable) {
+  EXPECT_EQ(ContentTypeTable::Load(nullptr).type_count(), 0u);
+}
 
 TEST(ContentTypeTable, FileLargerThanTheLimitIsNotRead) {
   char name[] = "/tmp/parcelvane-mime-types-XXXXXX";
@@ -252,7 +258,8 @@ class SystemContentTypes : public ::testing::Test {
 
 TEST_F(SystemContentTypes, EnvironmentVariableNamesTheFile) {
   setenv("PARCELVANE_MIME_TYPES", FixturePath("mime.types").c_str(), 1);
-  EXPECT_EXIT(ExitWithLookups(".KNE", "application/vnd.Kinar", "text/html", ".htm"), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(ExitWithLookups(".KNE", "application/vnd.Kinar", "text/html", ".htm"),
+              ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(SystemContentTypes, AbsentFileAnswersNothing) {
@@ -263,7 +270,8 @@ TEST_F(SystemContentTypes, AbsentFileAnswersNothing) {
 TEST_F(SystemContentTypes, WithoutTheVariableTheSystemFileIsRead) {
   if (access("/etc/mime.types", R_OK) != 0) GTEST_SKIP() << "no /etc/mime.types";
   unsetenv("PARCELVANE_MIME_TYPES");
-  EXPECT_EXIT(ExitWithLookups(".pdf", "application/pdf", "image/jpeg", ".jpg"), ::testing::ExitedWithCode(0), "");
+  EXPECT_EXIT(ExitWithLookups(".pdf", "application/pdf", "image/jpeg", ".jpg"), ::testing::ExitedWithCode(0),
+              "");
 }
 
 TEST_F(SystemContentTypes, EmptyVariableReadsTheSystemFile) {

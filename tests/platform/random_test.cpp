@@ -12,7 +12,9 @@
 namespace pv::test {
 namespace {
 
-std::string FixturePath(const char* name) { return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name; }
+std::string FixturePath(const char* name) {
+  return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name;
+}
 
 // The measured rows: what each runtime's rand() gave first, and RAND_MAX.
 struct RandFacts {

@@ -65,9 +65,10 @@ TEST(RegFile, ReadsBackWhatItWrites) {
 TEST(RegFile, KeepsValuesOfOtherTypesAsWrittenAndReadsLineFeedsAndComments) {
   RegFile file;
   std::string error;
-  ASSERT_TRUE(file.Parse("\xEF\xBB\xBFWindows Registry Editor Version 5.00\n\n; a note\n[R\\K]\n"
-                         "\"Flags\"=dword:00000001\n\"Bin\"=hex:01,02,\\\n  03\n@=\"v\"\n",
-                         &error))
+  ASSERT_TRUE(
+      file.Parse("\xEF\xBB\xBFWindows Registry Editor Version 5.00\n\n; a note\n[R\\K]\n"
+                 "\"Flags\"=dword:00000001\n\"Bin\"=hex:01,02,\\\n  03\n@=\"v\"\n",
+                 &error))
       << error;
   EXPECT_EQ(file.Serialize(),
             "Windows Registry Editor Version 5.00\r\n\r\n[R]\r\n\r\n[R\\K]\r\n@=\"v\"\r\n"

@@ -23,8 +23,13 @@ TEST(SafeArray, ElementSizesFollowTheType) {
   struct Case {
     VARTYPE vt;
     UINT size;
-  } cases[] = {{VT_I1, 1},        {VT_UI2, 2},  {VT_I4, 4},       {VT_R8, 8},
-               {VT_BSTR, sizeof(void*)}, {VT_VARIANT, sizeof(VARIANT)}, {VT_UNKNOWN, sizeof(void*)}};
+  } cases[] = {{VT_I1, 1},
+               {VT_UI2, 2},
+               {VT_I4, 4},
+               {VT_R8, 8},
+               {VT_BSTR, sizeof(void*)},
+               {VT_VARIANT, sizeof(VARIANT)},
+               {VT_UNKNOWN, sizeof(void*)}};
   for (const Case& c : cases) {
     SAFEARRAY* a = SafeArrayCreateVector(c.vt, 0, 2);
     ASSERT_NE(a, nullptr);
@@ -33,7 +38,9 @@ TEST(SafeArray, ElementSizesFollowTheType) {
   }
 }
 
-TEST(SafeArray, UnsupportedElementTypeGivesNull) { EXPECT_EQ(SafeArrayCreateVector(VT_EMPTY, 0, 1), nullptr); }
+TEST(SafeArray, UnsupportedElementTypeGivesNull) {
+  EXPECT_EQ(SafeArrayCreateVector(VT_EMPTY, 0, 1), nullptr);
+}
 
 TEST(SafeArray, VariantIsTwentyFourBytes) { EXPECT_EQ(sizeof(VARIANT), 24u); }
 

@@ -10,7 +10,9 @@
 namespace pv::test {
 namespace {
 
-std::string FixturePath(const char* name) { return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name; }
+std::string FixturePath(const char* name) {
+  return std::string(PARCELVANE_TEST_FIXTURES) + "/platform/" + name;
+}
 
 // A quoted field of a fact file: "..." with \\ and \" escapes.
 std::string Unquote(std::string_view field) {
@@ -49,7 +51,8 @@ std::vector<FactRow> ReadFacts() {
     std::vector<std::string> f = Fields(line);
     EXPECT_EQ(f.size(), 6u) << line;
     if (f.size() != 6) continue;
-    rows.push_back({Unquote(f[0]), std::stoi(f[1]), Unquote(f[2]), Unquote(f[3]), Unquote(f[4]), Unquote(f[5])});
+    rows.push_back(
+        {Unquote(f[0]), std::stoi(f[1]), Unquote(f[2]), Unquote(f[3]), Unquote(f[4]), Unquote(f[5])});
   }
   return rows;
 }
@@ -60,8 +63,8 @@ PathParts Split(std::string_view path, int expectedStatus = kSplitPathOk) {
   return parts;
 }
 
-void ExpectParts(const PathParts& parts, std::string_view drive, std::string_view directory, std::string_view name,
-                 std::string_view extension) {
+void ExpectParts(const PathParts& parts, std::string_view drive, std::string_view directory,
+                 std::string_view name, std::string_view extension) {
   EXPECT_EQ(U8(parts.drive), drive);
   EXPECT_EQ(U8(parts.directory), directory);
   EXPECT_EQ(U8(parts.name), name);

@@ -160,7 +160,8 @@ inline void AddWrittenLineBreaks(IEMSMimePart* root) {
       stack.push_back(child);
       ComPtr<IEMSMimeParts> grandchildren;
       LONG below = 0;
-      if (SUCCEEDED(child->get_MimeParts(grandchildren.put())) && grandchildren) grandchildren->get_PartsCount(&below);
+      if (SUCCEEDED(child->get_MimeParts(grandchildren.put())) && grandchildren)
+        grandchildren->get_PartsCount(&below);
       ComPtr<IEMSDataObject> body;
       if (i + 1 == count || below != 0 || FAILED(child->get_BodyObject(body.put())) || !body) continue;
       std::string bytes = SpanText(body.get());
@@ -183,7 +184,8 @@ inline Record RecordMessage(IEMSMessageParser* message) {
   } else {
     ComPtr<IEMSDataObject> body;
     message->get_BodyObject(body.put());
-    out.push_back(std::string("message plain body ") + (body ? "" : "(none) ") + Shown(SpanText(body.get()), -1));
+    out.push_back(std::string("message plain body ") + (body ? "" : "(none) ") +
+                  Shown(SpanText(body.get()), -1));
   }
   return out;
 }
@@ -192,10 +194,12 @@ inline Record RecordMessage(IEMSMessageParser* message) {
 inline std::string FirstDifference(const Record& before, const Record& after) {
   size_t n = before.size() < after.size() ? before.size() : after.size();
   for (size_t i = 0; i < n; ++i) {
-    if (before[i] != after[i]) return "was  " + before[i].substr(0, 400) + "\nnow  " + after[i].substr(0, 400);
+    if (before[i] != after[i])
+      return "was  " + before[i].substr(0, 400) + "\nnow  " + after[i].substr(0, 400);
   }
   if (before.size() == after.size()) return std::string();
-  return before.size() > after.size() ? "lost " + before[n].substr(0, 400) : "new  " + after[n].substr(0, 400);
+  return before.size() > after.size() ? "lost " + before[n].substr(0, 400)
+                                      : "new  " + after[n].substr(0, 400);
 }
 
 inline std::string FirstByteDifference(std::string_view a1, std::string_view a2) {

@@ -36,8 +36,22 @@ class Random {
   uint64_t state_;
 };
 
-const std::vector<std::string> kWords = {"alpha", "beta", "Gr\xC3\xBC\xC3\x9F" "e", "caf\xC3\xA9", "x", "report",
-                                         "--", "=", "begin", "end", "=?", "?=", "\t", "  ", "----=_NextPart_000"};
+const std::vector<std::string> kWords = {"alpha",
+                                         "beta",
+                                         "Gr\xC3\xBC\xC3\x9F"
+                                         "e",
+                                         "caf\xC3\xA9",
+                                         "x",
+                                         "report",
+                                         "--",
+                                         "=",
+                                         "begin",
+                                         "end",
+                                         "=?",
+                                         "?=",
+                                         "\t",
+                                         "  ",
+                                         "----=_NextPart_000"};
 
 class MessageMaker {
  public:
@@ -115,7 +129,8 @@ class MessageMaker {
           text += Line(5) + "   \r\n";
           break;
         case 1:
-          if (!boundaries_.empty()) text += "--" + r_.Pick(boundaries_) + (r_.Chance(50) ? "  \r\n" : "x\r\n");
+          if (!boundaries_.empty())
+            text += "--" + r_.Pick(boundaries_) + (r_.Chance(50) ? "  \r\n" : "x\r\n");
           break;
         case 2:
           text += "\r\n";
@@ -188,7 +203,8 @@ class MessageMaker {
       case 5:
         return "Content-Type: text/plain; charset=utf-8\r\n" + Disposition() + "\r\n" + Text();
       case 6:
-        return "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n" +
+        return "Content-Type: text/plain; charset=utf-8\r\nContent-Transfer-Encoding: "
+               "quoted-printable\r\n\r\n" +
                QuotedPrintable();
       case 7:
         return "Content-Type: application/octet-stream" + FileNameParameter() +
@@ -211,7 +227,8 @@ class MessageMaker {
     out += "\r\n\r\n";
     if (r_.Chance(30)) out += "This is a preamble.\r\n";
     boundaries_.push_back(boundary);
-    for (size_t i = 0, n = 1 + r_.Below(4); i < n; ++i) out += "--" + boundary + "\r\n" + Entity(depth + 1) + "\r\n";
+    for (size_t i = 0, n = 1 + r_.Below(4); i < n; ++i)
+      out += "--" + boundary + "\r\n" + Entity(depth + 1) + "\r\n";
     boundaries_.pop_back();
     out += "--" + boundary + "--";
     if (r_.Chance(50)) out += "\r\n";

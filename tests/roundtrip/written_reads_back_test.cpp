@@ -45,7 +45,8 @@ TEST(WrittenReadsBack, NestedMessageAsLastPartKeepsItsFinalLineBreak) {
   ASSERT_EQ(ChildCount(part.get()), 2);
   EXPECT_EQ(BodyOf(ChildOf(part.get(), 1).get()), "Subject: inner\r\n\r\nlast line\r\n");
   EXPECT_EQ(Assembled(part.get()),
-            "Content-Type: multipart/mixed;\r\n\tboundary=\"o\"\r\n\r\n--o\r\nContent-Type: text/plain\r\n\r\nfirst\r\n"
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"o\"\r\n\r\n--o\r\nContent-Type: "
+            "text/plain\r\n\r\nfirst\r\n"
             "--o\r\nContent-Type: message/rfc822\r\n\r\nSubject: inner\r\n\r\nlast line\r\n\r\n--o--\r\n");
   EXPECT_EQ(CheckPart(x), "");
   EXPECT_EQ(CheckMessage("Subject: s\r\n" + x), "");
@@ -55,7 +56,8 @@ TEST(WrittenReadsBack, LastPartWithoutBodyIsNotLost) {
   // Written as it stands, the closing delimiter's line break would leave the
   // last part without the empty line that ends its header block.
   const std::string x =
-      "Content-Type: multipart/related; boundary=r\r\n\r\n--r\r\n\r\nhtml\r\n--r\r\nContent-Type: image/gif\r\n\r\n"
+      "Content-Type: multipart/related; boundary=r\r\n\r\n--r\r\n\r\nhtml\r\n--r\r\nContent-Type: "
+      "image/gif\r\n\r\n"
       "\r\n--r--\r\n";
   auto part = Parsed(x);
   ASSERT_EQ(ChildCount(part.get()), 2);
@@ -67,7 +69,8 @@ TEST(WrittenReadsBack, LastPartWithoutBodyIsNotLost) {
 
 TEST(WrittenReadsBack, QuotedPrintableLastPartEndingInASpaceKeepsIt) {
   const std::string x =
-      "Content-Type: multipart/mixed; boundary=q\r\n\r\n--q\r\nContent-Transfer-Encoding: quoted-printable\r\n\r\n"
+      "Content-Type: multipart/mixed; boundary=q\r\n\r\n--q\r\nContent-Transfer-Encoding: "
+      "quoted-printable\r\n\r\n"
       "ends in a space \r\n\r\n--q--\r\n";
   EXPECT_EQ(BodyOf(ChildOf(Parsed(x).get(), 0).get()), "ends in a space \r\n");
   EXPECT_EQ(CheckPart(x), "");
@@ -83,7 +86,8 @@ TEST(WrittenReadsBack, ChainedFieldWritesItsParametersAfterItsFirstLine) {
   Bstr text;
   ASSERT_EQ(list->AssembleParameters(text.put()), S_OK);
   const std::string expected =
-      "Content-Type: multipart/mixed;\r\n\tboundary=\"o\"\r\nContent-Type: application/pdf;\r\n\tname=\"a.pdf\"\r\n";
+      "Content-Type: multipart/mixed;\r\n\tboundary=\"o\"\r\nContent-Type: "
+      "application/pdf;\r\n\tname=\"a.pdf\"\r\n";
   EXPECT_EQ(U8(text), expected);
   // Read back, the boundary is still the first occurrence's parameter.
   auto again = Create<IEMSMessageParameters>(CLSID_EMSMessageParameters);
@@ -122,16 +126,19 @@ TEST(WrittenReadsBack, BoundaryKeepsTheRawFormItWasReadIn) {
   // delimiter occurs, so the part keeps its body, and so does its output.
   const std::string extended =
       "Content-Type: multipart/signed; boundary*=\"us-ascii''B\"\r\n\r\n--B\r\n\r\nx\r\n--B--\r\n";
-  EXPECT_EQ(Assembled(Parsed(extended).get()),
-            "Content-Type: multipart/signed;\r\n\tboundary*=\"us-ascii''B\"\r\n\r\n--B\r\n\r\nx\r\n--B--\r\n");
+  EXPECT_EQ(
+      Assembled(Parsed(extended).get()),
+      "Content-Type: multipart/signed;\r\n\tboundary*=\"us-ascii''B\"\r\n\r\n--B\r\n\r\nx\r\n--B--\r\n");
   EXPECT_EQ(CheckPart(extended), "");
   const std::string words =
-      "Content-Type: multipart/mixed; boundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n--=?utf-8?Q?b?=--";
+      "Content-Type: multipart/mixed; "
+      "boundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n--=?utf-8?Q?b?=--";
   auto part = Parsed(words);
   EXPECT_EQ(ChildCount(part.get()), 1);
-  EXPECT_EQ(Assembled(part.get()),
-            "Content-Type: multipart/mixed;\r\n\tboundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n"
-            "--=?utf-8?Q?b?=--\r\n");
+  EXPECT_EQ(
+      Assembled(part.get()),
+      "Content-Type: multipart/mixed;\r\n\tboundary=\"=?utf-8?Q?b?=\"\r\n\r\n--=?utf-8?Q?b?=\r\n\r\nx\r\n"
+      "--=?utf-8?Q?b?=--\r\n");
   EXPECT_EQ(CheckPart(words), "");
 }
 
@@ -236,7 +243,9 @@ TEST(WrittenReadsBack, GivenBoundaryIsNeverChanged) {
   auto part = Parsed("Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\nx\r\n--b--\r\n");
   ChildOf(part.get(), 0)->put_BodyObject(DataOf("--b\r\n\r\ny\r\n").get());
   const std::string a1 = Assembled(part.get());
-  EXPECT_EQ(a1, "Content-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n\r\n--b\r\n\r\ny\r\n\r\n--b--\r\n");
+  EXPECT_EQ(
+      a1,
+      "Content-Type: multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n--b\r\n\r\n--b\r\n\r\ny\r\n\r\n--b--\r\n");
   EXPECT_EQ(BoundaryOf(part.get()), "b");
 }
 

@@ -10,7 +10,9 @@ namespace {
 // An outer object that aggregates one of the library's classes.
 class Outer final : public IUnknown {
  public:
-  explicit Outer(REFCLSID clsid) { created = PvCreateInstance(clsid, this, IID_IUnknown, reinterpret_cast<void**>(&inner)); }
+  explicit Outer(REFCLSID clsid) {
+    created = PvCreateInstance(clsid, this, IID_IUnknown, reinterpret_cast<void**>(&inner));
+  }
   ~Outer() {
     if (inner) inner->Release();
   }

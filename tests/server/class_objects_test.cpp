@@ -7,9 +7,10 @@ namespace pv::test {
 namespace {
 
 TEST(ClassTable, HasThirteenRowsInRegistrationOrder) {
-  const char* names[] = {"EMSDataObject",        "EMSHeaderCharset",   "EMSHeaderMailbox",   "EMSHeaderMailboxes",
-                         "EMSMessageParameter",  "EMSMessageParameters", "EMSMessageParser", "EMSMimeAttribute",
-                         "EMSMimeAttributes",    "EMSMimePart",        "EMSMimePartDecoder", "EMSMimePartEncoder",
+  const char* names[] = {"EMSDataObject",      "EMSHeaderCharset",    "EMSHeaderMailbox",
+                         "EMSHeaderMailboxes", "EMSMessageParameter", "EMSMessageParameters",
+                         "EMSMessageParser",   "EMSMimeAttribute",    "EMSMimeAttributes",
+                         "EMSMimePart",        "EMSMimePartDecoder",  "EMSMimePartEncoder",
                          "EMSMimeParts"};
   int scripts[] = {101, 103, 104, 105, 106, 107, 108, 112, 113, 114, 115, 116, 117};
   ASSERT_EQ(ClassTableSize(), 13u);
@@ -65,7 +66,8 @@ TEST(ClassObject, AsksTheClassObjectForTheRequestedInterface) {
 
 TEST(ClassObject, CreatesADataObjectThroughTheFactory) {
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+            S_OK);
   IEMSDataObject* data = nullptr;
   ASSERT_EQ(factory->CreateInstance(nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data)), S_OK);
   ULONG size = 1;
@@ -77,7 +79,8 @@ TEST(ClassObject, CreatesADataObjectThroughTheFactory) {
 
 TEST(ClassObject, FactoryRejectsAnInterfaceTheClassLacks) {
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+            S_OK);
   void* out = reinterpret_cast<void*>(1);
   EXPECT_EQ(factory->CreateInstance(nullptr, IID_IEMSMimePart, &out), E_NOINTERFACE);
   EXPECT_EQ(out, nullptr);
@@ -87,7 +90,8 @@ TEST(ClassObject, FactoryRejectsAnInterfaceTheClassLacks) {
 
 TEST(ClassObject, AggregationNeedsTheUnknownInterface) {
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+            S_OK);
   IUnknown* outer = factory;  // any unknown will do: it is never called
   void* out = nullptr;
   EXPECT_EQ(factory->CreateInstance(outer, IID_IEMSDataObject, &out), CLASS_E_NOAGGREGATION);
@@ -111,7 +115,8 @@ TEST(Module, LiveObjectsKeepTheModuleLoaded) {
 
 TEST(Module, LockServerCountsAsALock) {
   IClassFactory* factory = nullptr;
-  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)), S_OK);
+  ASSERT_EQ(DllGetClassObject(CLSID_EMSDataObject, IID_IClassFactory, reinterpret_cast<void**>(&factory)),
+            S_OK);
   EXPECT_EQ(factory->LockServer(TRUE), S_OK);
   EXPECT_EQ(DllCanUnloadNow(), S_FALSE);
   EXPECT_EQ(factory->LockServer(FALSE), S_OK);
@@ -121,8 +126,9 @@ TEST(Module, LockServerCountsAsALock) {
 
 TEST(PvCreateInstance, CreatesAndAnswersTheBaseInterfaces) {
   IEMSDataObject* data = nullptr;
-  ASSERT_EQ(PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data)),
-            S_OK);
+  ASSERT_EQ(
+      PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data)),
+      S_OK);
   IUnknown* unknown = nullptr;
   IDispatch* dispatch = nullptr;
   EXPECT_EQ(data->QueryInterface(IID_IUnknown, reinterpret_cast<void**>(&unknown)), S_OK);
@@ -141,7 +147,8 @@ TEST(PvCreateInstance, ClassesNotBuiltAreNotAvailable) {
   void* out = reinterpret_cast<void*>(1);
   for (const ClassRow* row = ClassTableBegin(); row != ClassTableEnd(); ++row) {
     if (row->create != nullptr) continue;
-    EXPECT_EQ(PvCreateInstance(*row->clsid, nullptr, *row->iid, &out), CLASS_E_CLASSNOTAVAILABLE) << row->name;
+    EXPECT_EQ(PvCreateInstance(*row->clsid, nullptr, *row->iid, &out), CLASS_E_CLASSNOTAVAILABLE)
+        << row->name;
     EXPECT_EQ(out, nullptr);
   }
   EXPECT_EQ(PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, nullptr), E_POINTER);

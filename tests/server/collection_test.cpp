@@ -16,7 +16,8 @@ ComPtr<IEMSMimeParts> PartsOf(const char* message) {
 }
 
 const char kThree[] =
-    "Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\n\r\none\r\n--b\r\n\r\ntwo\r\n--b\r\n\r\nthree\r\n--b--";
+    "Content-Type: multipart/mixed; "
+    "boundary=b\r\n\r\n--b\r\n\r\none\r\n--b\r\n\r\ntwo\r\n--b\r\n\r\nthree\r\n--b--";
 
 HRESULT Call(IDispatch* object, DISPID id, WORD flags, std::vector<VARIANT> args, VARIANT* result) {
   DISPPARAMS params{args.empty() ? nullptr : args.data(), nullptr, static_cast<UINT>(args.size()), 0};

@@ -43,13 +43,19 @@ TEST(DispatchDescription, DataObjectListsItsOperationsInSlotOrder) {
     MemberKind kind;
     DISPID id;
   } expected[] = {
-      {"Clone", MemberKind::kMethod, 0x60020000},           {"CopyFrom", MemberKind::kMethod, 0x60020001},
-      {"CreateDataArray", MemberKind::kMethod, 0x60020002}, {"CreateEmptyData", MemberKind::kMethod, 0x60020003},
+      {"Clone", MemberKind::kMethod, 0x60020000},
+      {"CopyFrom", MemberKind::kMethod, 0x60020001},
+      {"CreateDataArray", MemberKind::kMethod, 0x60020002},
+      {"CreateEmptyData", MemberKind::kMethod, 0x60020003},
       {"CreateDataFromFile", MemberKind::kMethod, 0x60020004},
-      {"ExtractBlockAsData", MemberKind::kMethod, 0x60020005}, {"Data", MemberKind::kGet, 0x60020006},
-      {"Data", MemberKind::kPut, 0x60020006},               {"DataSize", MemberKind::kGet, 0x60020008},
-      {"Position", MemberKind::kGet, 0x60020009},           {"Position", MemberKind::kPut, 0x60020009},
-      {"Length", MemberKind::kGet, 0x6002000B},             {"Length", MemberKind::kPut, 0x6002000B},
+      {"ExtractBlockAsData", MemberKind::kMethod, 0x60020005},
+      {"Data", MemberKind::kGet, 0x60020006},
+      {"Data", MemberKind::kPut, 0x60020006},
+      {"DataSize", MemberKind::kGet, 0x60020008},
+      {"Position", MemberKind::kGet, 0x60020009},
+      {"Position", MemberKind::kPut, 0x60020009},
+      {"Length", MemberKind::kGet, 0x6002000B},
+      {"Length", MemberKind::kPut, 0x6002000B},
   };
   const auto& members = DispatchTableOf<IEMSDataObject>().members();
   ASSERT_EQ(members.size(), std::size(expected));
@@ -216,7 +222,8 @@ TEST_F(DataObjectDispatch, UnknownMemberAndWrongKindAreNotFound) {
 
 TEST_F(DataObjectDispatch, FailureStatusArrivesInTheException) {
   EXCEPINFO excep{};
-  EXPECT_EQ(Invoke(dispatch_.get(), "CreateEmptyData", DISPATCH_METHOD, {0}, nullptr, &excep), DISP_E_EXCEPTION);
+  EXPECT_EQ(Invoke(dispatch_.get(), "CreateEmptyData", DISPATCH_METHOD, {0}, nullptr, &excep),
+            DISP_E_EXCEPTION);
   EXPECT_EQ(excep.scode, E_INVALIDARG);
   SysFreeString(excep.bstrSource);
   SysFreeString(excep.bstrDescription);

@@ -126,9 +126,9 @@ TEST_F(Registration, UnregisterRemovesEverythingButTheParentKeys) {
   ASSERT_EQ(DllRegisterServer(), S_OK);
   ASSERT_EQ(DllUnregisterServer(), S_OK);
   RegFile file = Load(MachineFile());
-  EXPECT_EQ(file.KeyPaths(), (std::vector<std::string>{"HKEY_CLASSES_ROOT", "HKEY_CLASSES_ROOT\\AppID",
-                                                      "HKEY_CLASSES_ROOT\\CLSID", "HKEY_CLASSES_ROOT\\Interface",
-                                                      "HKEY_CLASSES_ROOT\\TypeLib"}));
+  EXPECT_EQ(file.KeyPaths(), (std::vector<std::string>{
+                                 "HKEY_CLASSES_ROOT", "HKEY_CLASSES_ROOT\\AppID", "HKEY_CLASSES_ROOT\\CLSID",
+                                 "HKEY_CLASSES_ROOT\\Interface", "HKEY_CLASSES_ROOT\\TypeLib"}));
   // Unregistering what is not registered is no failure.
   EXPECT_EQ(DllUnregisterServer(), S_OK);
 }

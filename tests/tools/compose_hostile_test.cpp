@@ -62,9 +62,12 @@ std::vector<std::string> HostileValues() {
       "a\xC3(b",
       "\xC0\xAF overlong",
       "\xED\xA0\x80 surrogate",
-      "report\xE2\x80\xAE" "fdp.exe",
-      "\xE2\x80\xAB" "embedded right-to-left\xE2\x80\xAC",
-      "Gr\xC3\xBC\xC3\x9F" "e \xE2\x98\x83 \xE4\xBD\xA0\xE5\xA5\xBD \xF0\x9F\x98\x80",
+      "report\xE2\x80\xAE"
+      "fdp.exe",
+      "\xE2\x80\xAB"
+      "embedded right-to-left\xE2\x80\xAC",
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE2\x98\x83 \xE4\xBD\xA0\xE5\xA5\xBD \xF0\x9F\x98\x80",
       std::string(10000, 'a'),
       [] {
         std::string s;
@@ -193,8 +196,11 @@ struct Parsed {
 };
 
 std::vector<std::string> BaseArgs(const std::string& name, const std::string& subject) {
-  return {"--date",    kDate, "--from", Quoted(name) + " <a@example.org>", "--to", Quoted(name) + " <b@example.org>",
-          "--subject", subject, "--text", "body"};
+  return {"--date",    kDate,
+          "--from",    Quoted(name) + " <a@example.org>",
+          "--to",      Quoted(name) + " <b@example.org>",
+          "--subject", subject,
+          "--text",    "body"};
 }
 
 std::string ComposeWith(const std::vector<std::string>& args, const std::string& attachment_name) {
@@ -218,10 +224,11 @@ TEST(ComposeHostile, TheTableHoldsAtLeastThirtyValues) { EXPECT_GE(HostileValues
 TEST(ComposeHostile, SubjectsAndDisplayNamesReadBackAsGiven) {
   const Parsed baseline(ComposeWith(BaseArgs("Plain Name", "plain subject"), "plain.bin"));
   const std::vector<std::string> shape = Shape(baseline.message.get());
-  ASSERT_EQ(shape, (std::vector<std::string>{"Date", "From", "To", "Subject", "MIME-Version", "[part]", "Content-Type",
-                                             "[part]", "Content-Type", "Content-Transfer-Encoding", "[part]",
-                                             "Content-Type", "Content-Disposition", "Content-Transfer-Encoding", "[part]",
-                                             "Content-Type", "Content-Disposition", "Content-Transfer-Encoding"}));
+  ASSERT_EQ(shape, (std::vector<std::string>{
+                       "Date", "From", "To", "Subject", "MIME-Version", "[part]", "Content-Type", "[part]",
+                       "Content-Type", "Content-Transfer-Encoding", "[part]", "Content-Type",
+                       "Content-Disposition", "Content-Transfer-Encoding", "[part]", "Content-Type",
+                       "Content-Disposition", "Content-Transfer-Encoding"}));
   for (const std::string& value : HostileValues()) {
     SCOPED_TRACE(testing::PrintToString(value.substr(0, 80)));
     if (!IsUtf8WithoutNul(value)) {
@@ -283,7 +290,6 @@ TEST(ComposeHostile, AddressesDatesAndHeaderValuesAreRefusedOrKeptWhole) {
   }
 }
 
-
 TEST(ComposeHostile, EncodedHeaderLinesStayShort) {
   // Long values are folded into encoded words: the tool's lines stay within
   // 78 characters, the library's folding of display names within 80. A
@@ -301,8 +307,8 @@ TEST(ComposeHostile, EncodedHeaderLinesStayShort) {
       if (!in_header) continue;
       // The library writes the address after a display name's last word.
       const size_t address = line.rfind("\" <");
-      const bool names = address != std::string::npos || line.compare(0, 5, "From:") == 0 ||
-                         line.compare(0, 3, "To:") == 0;
+      const bool names =
+          address != std::string::npos || line.compare(0, 5, "From:") == 0 || line.compare(0, 3, "To:") == 0;
       if (address != std::string::npos && line.back() == '>') line.erase(address + 1);
       const size_t limit = line.compare(0, 11, "\tfilename*=") == 0 ? 998 : names ? 80 : 78;
       ASSERT_LE(line.size(), limit) << line.substr(0, 100);

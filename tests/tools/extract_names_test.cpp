@@ -119,8 +119,9 @@ TEST(ToolExtract, TenThousandAttachmentsOfOneNameCostWhatDistinctNamesCost) {
   double distinct_elapsed = 0, same_elapsed = 0;
   const double distinct = ExtractUserSeconds(10000, "", &distinct_elapsed);
   const double same = ExtractUserSeconds(10000, "same.bin", &same_elapsed);
-  std::printf("extract, 10,000 attachments: distinct names %.2f s (user %.2f s), one name %.2f s (user %.2f s)\n",
-              distinct_elapsed, distinct, same_elapsed, same);
+  std::printf(
+      "extract, 10,000 attachments: distinct names %.2f s (user %.2f s), one name %.2f s (user %.2f s)\n",
+      distinct_elapsed, distinct, same_elapsed, same);
   // Loose, for a loaded machine: numbering from the start each time took
   // about 4 s of user time more than distinct names.
   EXPECT_LT(same, 1.6 * distinct + 0.3);

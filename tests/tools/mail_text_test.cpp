@@ -67,20 +67,23 @@ TEST(SplitAddressList, SplitsAtCommasOutsideQuotesAnglesAndComments) {
 }
 
 TEST(SplitAddressList, DropsEmptyPiecesAndKeepsEscapedQuotes) {
-  EXPECT_EQ(Entries(" , a@x,, \"q\\\",\" <b@y> ,"), (std::vector<std::string>{"m:a@x", "m:\"q\\\",\" <b@y>"}));
+  EXPECT_EQ(Entries(" , a@x,, \"q\\\",\" <b@y> ,"),
+            (std::vector<std::string>{"m:a@x", "m:\"q\\\",\" <b@y>"}));
   EXPECT_TRUE(SplitAddressList("").empty());
 }
 
 TEST(SplitAddressList, AColonOpensAGroupThatASemicolonCloses) {
-  EXPECT_EQ(Entries("A Group:Chris Jones <c@x>, b@y;, undisclosed-recipients:;, z@q"),
-            (std::vector<std::string>{"g:A Group[Chris Jones <c@x>|b@y]", "g:undisclosed-recipients[]", "m:z@q"}));
+  EXPECT_EQ(
+      Entries("A Group:Chris Jones <c@x>, b@y;, undisclosed-recipients:;, z@q"),
+      (std::vector<std::string>{"g:A Group[Chris Jones <c@x>|b@y]", "g:undisclosed-recipients[]", "m:z@q"}));
   // A group left open at the end keeps its members.
   EXPECT_EQ(Entries("Team: a@x, b@y"), (std::vector<std::string>{"g:Team[a@x|b@y]"}));
 }
 
 TEST(SplitAddressList, AColonAfterARouteOrInsideAnEncodedWordOpensNoGroup) {
   EXPECT_EQ(Entries("@develop:nsb@example.com, =?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"),
-            (std::vector<std::string>{"m:@develop:nsb@example.com", "m:=?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"}));
+            (std::vector<std::string>{"m:@develop:nsb@example.com",
+                                      "m:=?utf-8?Q?date=3E2017-08-20T10:08?= <d@x>"}));
   EXPECT_EQ(Entries("=?utf-8?q?Gruppe?=: a@x;"), (std::vector<std::string>{"g:=?utf-8?q?Gruppe?=[a@x]"}));
 }
 
@@ -100,9 +103,7 @@ TEST(RepairRawUtf8, RealSingleByteTextStays) {
   EXPECT_EQ(RepairRawUtf8(u"\u0141\u00F3d\u017A"), u"\u0141\u00F3d\u017A");
 }
 
-TEST(UnfoldValue, JoinsContinuationLines) {
-  EXPECT_EQ(UnfoldValue(" a\r\n\tb\r\n  c "), "a b c");
-}
+TEST(UnfoldValue, JoinsContinuationLines) { EXPECT_EQ(UnfoldValue(" a\r\n\tb\r\n  c "), "a b c"); }
 
 TEST(NotAMessageReason, AcceptsAHeaderBlock) {
   EXPECT_EQ(NotAMessageReason("Subject: x\r\n\r\nbody"), "");

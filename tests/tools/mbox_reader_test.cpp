@@ -120,7 +120,8 @@ TEST(MboxReader, AVeryLongLineIsReadInLinearTime) {
 
 TEST(MboxReader, ManyMessagesAreAllFound) {
   std::string text;
-  for (int i = 0; i < 5000; ++i) text += "From m" + std::to_string(i) + "\nSubject: " + std::to_string(i) + "\n\nx\n\n";
+  for (int i = 0; i < 5000; ++i)
+    text += "From m" + std::to_string(i) + "\nSubject: " + std::to_string(i) + "\n\nx\n\n";
   const auto messages = ReadAll(text, 1000);
   ASSERT_EQ(messages.size(), 5000u);
   EXPECT_EQ(messages[4999].bytes, "Subject: 4999\n\nx\n");

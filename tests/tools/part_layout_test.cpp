@@ -13,7 +13,8 @@ const std::string kInner = "Content-Type: multipart/alternative; boundary=b\r\n\
 
 TEST(LayOutParts, FindsEveryMultipartOfAClosedTree) {
   const std::string inner_body = "--b\r\n\r\none\r\n--b\r\n\r\ntwo\r\n--b--\r\n";
-  const std::string root_body = "preamble\r\n--a\r\n" + kInner + inner_body + "\r\n--a\r\n\r\nthree\r\n--a--\r\nepilogue\r\n";
+  const std::string root_body =
+      "preamble\r\n--a\r\n" + kInner + inner_body + "\r\n--a\r\n\r\nthree\r\n--a--\r\nepilogue\r\n";
   const std::vector<LayoutPart> parts = {{2, "a"}, {2, "b"}, {0, ""}, {0, ""}, {0, ""}};
   const std::vector<PartRegion> regions = LayOutParts(kHeader + root_body, parts);
   ASSERT_EQ(regions.size(), 5u);
@@ -62,7 +63,8 @@ TEST(LayOutParts, AnEmptyPartBeforeTheClosingDelimiterIsNoPart) {
 TEST(LayOutParts, PartsAreUnknownWhenTheLibrarySplitADifferentNumberOfParts) {
   const std::string message = kHeader + "--a\r\n" + kInner + "--b\r\n\r\nx\r\n--b--\r\n--a--\r\n";
   // Three parts where the message has one (as after a uuencode split).
-  const std::vector<PartRegion> regions = LayOutParts(message, {{3, "a"}, {1, "b"}, {0, ""}, {0, ""}, {0, ""}});
+  const std::vector<PartRegion> regions =
+      LayOutParts(message, {{3, "a"}, {1, "b"}, {0, ""}, {0, ""}, {0, ""}});
   EXPECT_TRUE(regions[0].known);
   EXPECT_FALSE(regions[0].unclosed);
   for (size_t i = 1; i < regions.size(); ++i) EXPECT_FALSE(regions[i].known) << i;

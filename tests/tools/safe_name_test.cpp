@@ -42,7 +42,9 @@ TEST(SafeFileName, CharactersWindowsRefusesBecomeUnderscores) {
 }
 
 TEST(SafeFileName, DirectionOverridesCannotDisguiseTheExtension) {
-  EXPECT_EQ(SafeFileName("invoice\xE2\x80\xAE" "fdp.exe"), "invoice_fdp.exe");
+  EXPECT_EQ(SafeFileName("invoice\xE2\x80\xAE"
+                         "fdp.exe"),
+            "invoice_fdp.exe");
 }
 
 TEST(SafeFileName, DeviceNamesGetAPrefix) {
@@ -54,9 +56,7 @@ TEST(SafeFileName, DeviceNamesGetAPrefix) {
   EXPECT_EQ(SafeFileName("COM10"), "COM10");
 }
 
-TEST(SafeFileName, TrailingDotsAndBlanksGo) {
-  EXPECT_EQ(SafeFileName("  name.txt. . "), "name.txt");
-}
+TEST(SafeFileName, TrailingDotsAndBlanksGo) { EXPECT_EQ(SafeFileName("  name.txt. . "), "name.txt"); }
 
 TEST(SafeFileName, AnEmptyNameBecomesAttachment) {
   EXPECT_EQ(SafeFileName(""), "attachment");

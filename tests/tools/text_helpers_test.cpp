@@ -10,22 +10,28 @@ namespace pvtool {
 namespace {
 
 TEST(Utf, ConvertsBetweenUtf8AndUtf16BothWays) {
-  const std::string text = "Gr\xC3\xBC\xC3\x9F" "e \xE2\x80\x93 \xF0\x9F\x93\x8E";
+  const std::string text =
+      "Gr\xC3\xBC\xC3\x9F"
+      "e \xE2\x80\x93 \xF0\x9F\x93\x8E";
   const U16String wide = Utf8ToUtf16(text);
   EXPECT_EQ(wide, u"Gr\u00FC\u00DFe \u2013 \U0001F4CE");
   EXPECT_EQ(Utf16ToUtf8(wide), text);
 }
 
 TEST(Utf, InvalidUtf8BecomesOneReplacementCharacterPerByte) {
-  EXPECT_EQ(Utf8ToUtf16("a\xFF" "b"), u"a\uFFFDb");
-  EXPECT_EQ(Utf8ToUtf16("\xC3"), u"\uFFFD");                    // truncated
-  EXPECT_EQ(Utf8ToUtf16("\xC0\xAF"), u"\uFFFD\uFFFD");           // overlong
+  EXPECT_EQ(Utf8ToUtf16("a\xFF"
+                        "b"),
+            u"a\uFFFDb");
+  EXPECT_EQ(Utf8ToUtf16("\xC3"), u"\uFFFD");                      // truncated
+  EXPECT_EQ(Utf8ToUtf16("\xC0\xAF"), u"\uFFFD\uFFFD");            // overlong
   EXPECT_EQ(Utf8ToUtf16("\xED\xA0\x80"), u"\uFFFD\uFFFD\uFFFD");  // a surrogate
 }
 
 TEST(Utf, ALoneSurrogateBecomesAReplacementCharacter) {
   const char16_t lone[] = {u'a', 0xD800, u'b', 0};
-  EXPECT_EQ(Utf16ToUtf8(lone), "a\xEF\xBF\xBD" "b");
+  EXPECT_EQ(Utf16ToUtf8(lone),
+            "a\xEF\xBF\xBD"
+            "b");
 }
 
 TEST(Utf, ValidityAndCounting) {

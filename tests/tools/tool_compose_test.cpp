@@ -16,18 +16,22 @@ std::string WithoutTrailingLineBreaks(std::string text) {
   return text;
 }
 
-const std::string kSubject = "Gr\xC3\xBC\xC3\x9F" "e \xE2\x80\x93 \xD0\x9E\xD1\x82\xD1\x87\xD1\x91\xD1\x82 \xE5\xA0\xB1\xE5\x91\x8A";
+const std::string kSubject =
+    "Gr\xC3\xBC\xC3\x9F"
+    "e \xE2\x80\x93 \xD0\x9E\xD1\x82\xD1\x87\xD1\x91\xD1\x82 \xE5\xA0\xB1\xE5\x91\x8A";
 const std::string kFromName = "J\xC3\xBCrgen M\xC3\xBCller";
 const std::string kToName = "\xD0\x90\xD0\xBD\xD0\xBD\xD0\xB0 \xC5\x81ukasiewicz";
-const std::string kText = "Hallo \xE2\x80\x93 \xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82, \xE4\xBD\xA0\xE5\xA5\xBD!\nZweite Zeile.\n";
+const std::string kText =
+    "Hallo \xE2\x80\x93 \xD0\xBF\xD1\x80\xD0\xB8\xD0\xB2\xD0\xB5\xD1\x82, \xE4\xBD\xA0\xE5\xA5\xBD!\nZweite "
+    "Zeile.\n";
 const std::string kAttachmentName = "\xD0\x9E\xD1\x82\xD1\x87\xD1\x91\xD1\x82 f\xC3\xBCr Q3.pdf";
 
 TEST(ToolCompose, NonAsciiValuesSurviveComposeAndShow) {
   TempDir dir;
   const std::string attachment = dir.Write(kAttachmentName, std::string("%PDF-1.4\n\0\x01\xFF binary", 19));
   const RunResult r = RunTool({"compose", "--from", kFromName + " <jm@example.org>", "--to",
-                               kToName + " <anna@example.com>", "--to", "bob@example.net", "--subject", kSubject,
-                               "--text", kText, "--attach", attachment, "-o", dir / "out.eml"});
+                               kToName + " <anna@example.com>", "--to", "bob@example.net", "--subject",
+                               kSubject, "--text", kText, "--attach", attachment, "-o", dir / "out.eml"});
   ASSERT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(r.out, "");
   const JsonValue v = ShowJson(dir / "out.eml");
@@ -127,12 +131,12 @@ TEST(ToolCompose, OutputReplacesAnOlderFileWhole) {
   EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{"out.eml"});
 }
 
-
 TEST(ToolCompose, ALineBreakInAnAddressIsAUsageErrorNamingTheOption) {
   const RunResult to = RunTool({"compose", "--to", "c@d\r\nBcc: evil@example.net", "--text", "x"});
   EXPECT_EQ(to.exit_code, 2);
   EXPECT_EQ(to.out, "");
-  EXPECT_EQ(to.err, "parcelvane: compose: --to holds a line break (CR or LF), which would end the header field\n");
+  EXPECT_EQ(to.err,
+            "parcelvane: compose: --to holds a line break (CR or LF), which would end the header field\n");
   const RunResult header = RunTool({"compose", "--header", "X-Note: a\nBcc: evil@example.net"});
   EXPECT_EQ(header.exit_code, 2);
   EXPECT_NE(header.err.find("--header"), std::string::npos) << header.err;
@@ -185,7 +189,8 @@ TEST(ToolCompose, AnEmptyFileAttachesAsAnEmptyPart) {
     const std::string empty = dir.Write("empty.dat", "");
     const std::string other = dir.Write("other.txt", "other");
     std::vector<std::string> args = {"compose", "--text", "x"};
-    for (const std::string& file : last ? std::vector<std::string>{other, empty} : std::vector<std::string>{empty, other}) {
+    for (const std::string& file :
+         last ? std::vector<std::string>{other, empty} : std::vector<std::string>{empty, other}) {
       args.push_back("--attach");
       args.push_back(file);
     }

@@ -17,8 +17,9 @@ namespace {
 // Every part but the last keeps the line break before the next delimiter,
 // so its content ends in CR LF (see Content).
 std::string MessageWithAttachments(const std::vector<std::string>& filenames) {
-  std::string m = "From: a@example.org\nSubject: files\nMIME-Version: 1.0\n"
-                  "Content-Type: multipart/mixed; boundary=\"b\"\n\n";
+  std::string m =
+      "From: a@example.org\nSubject: files\nMIME-Version: 1.0\n"
+      "Content-Type: multipart/mixed; boundary=\"b\"\n\n";
   for (size_t i = 0; i < filenames.size(); ++i) {
     m += "--b\nContent-Type: application/octet-stream\nContent-Disposition: attachment; filename=\"" +
          filenames[i] + "\"\n\n" + std::to_string(i) + ":" + filenames[i] + "\n";
@@ -43,7 +44,8 @@ TEST(ToolExtract, WritesTheAttachmentUnderItsName) {
   const std::string name = "Bericht f\xC3\xBCr Q3.pdf";
   EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{name});
   EXPECT_EQ(ReadFile(dir / name).rfind("%PDF-1.4\n", 0), 0u);
-  EXPECT_EQ(r.out, "wrote " + (dir / name) + " (" + std::to_string(ReadFile(dir / name).size()) + " bytes)\n");
+  EXPECT_EQ(r.out,
+            "wrote " + (dir / name) + " (" + std::to_string(ReadFile(dir / name).size()) + " bytes)\n");
 }
 
 TEST(ToolExtract, WritesIntoTheCurrentDirectoryByDefault) {
@@ -79,7 +81,8 @@ TEST(ToolExtract, HostileNamesStayInsideTheDirectory) {
 
 TEST(ToolExtract, TwoAttachmentsOfTheSameNameBothSurvive) {
   TempDir dir;
-  const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
+  const RunResult r = RunTool({"extract", "-d", dir.path(), "-"},
+                              WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ListDir(dir.path()), (std::vector<std::string>{"same-1.txt", "same.txt"}));
   EXPECT_EQ(ReadFile(dir / "same.txt"), Content(0, 2, "same.txt"));
@@ -89,7 +92,8 @@ TEST(ToolExtract, TwoAttachmentsOfTheSameNameBothSurvive) {
 TEST(ToolExtract, AnExistingFileIsNeverOverwritten) {
   TempDir dir;
   dir.Write("same.txt", "precious");
-  const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
+  const RunResult r = RunTool({"extract", "-d", dir.path(), "-"},
+                              WithStdin(MessageWithAttachments({"same.txt", "same.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ReadFile(dir / "same.txt"), "precious");
   EXPECT_EQ(ReadFile(dir / "same-1.txt"), Content(0, 2, "same.txt"));
@@ -111,8 +115,9 @@ TEST(ToolExtract, ForceOverwritesOlderFilesButKeepsDuplicates) {
 TEST(ToolExtract, DotDotAndAbsoluteNamesAreWrittenInsideTheDirectory) {
   TempDir dir;
   const std::string out = dir / "out";
-  const RunResult r = RunTool({"extract", "-d", out, "-"},
-                              WithStdin(MessageWithAttachments({"../up.txt", "..", "/abs.txt", "a/../../b.txt"})));
+  const RunResult r =
+      RunTool({"extract", "-d", out, "-"},
+              WithStdin(MessageWithAttachments({"../up.txt", "..", "/abs.txt", "a/../../b.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ListDir(dir.path()), std::vector<std::string>{"out"});
   EXPECT_EQ(ListDir(out).size(), 4u);
@@ -123,7 +128,8 @@ TEST(ToolExtract, ALinkPlantedInTheDirectoryIsNotFollowed) {
   TempDir dir;
   const std::string victim = dir.Write("victim", "safe");
   ASSERT_EQ(symlink(victim.c_str(), (dir / "out-link.txt").c_str()), 0);
-  const RunResult r = RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"out-link.txt"})));
+  const RunResult r =
+      RunTool({"extract", "-d", dir.path(), "-"}, WithStdin(MessageWithAttachments({"out-link.txt"})));
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(ReadFile(victim), "safe");
   EXPECT_EQ(ReadFile(dir / "out-link-1.txt"), Content(0, 1, "out-link.txt"));

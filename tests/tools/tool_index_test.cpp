@@ -43,9 +43,12 @@ std::string GeneratedMbox(int count) {
             "\nDate: Tue, 1 Jul 2025 10:52:37 +0200\nMessage-ID: <" + std::to_string(i) + "@example.org>\n";
     const std::string text = std::string(static_cast<size_t>(i % 13) * 300, 'x') + "\n";
     if (i % 3 == 0) {
-      mbox += "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"b\"\n\n--b\nContent-Type: text/plain\n\n" +
-              text + "--b\nContent-Type: application/octet-stream\nContent-Disposition: attachment; filename=\"d" +
-              std::to_string(i) + ".bin\"\n\ndata " + std::to_string(i) + "\n--b--\n\n";
+      mbox +=
+          "MIME-Version: 1.0\nContent-Type: multipart/mixed; boundary=\"b\"\n\n--b\nContent-Type: "
+          "text/plain\n\n" +
+          text +
+          "--b\nContent-Type: application/octet-stream\nContent-Disposition: attachment; filename=\"d" +
+          std::to_string(i) + ".bin\"\n\ndata " + std::to_string(i) + "\n--b--\n\n";
     } else {
       mbox += "\n" + text + "\n";
     }
@@ -62,7 +65,9 @@ TEST(ToolIndex, DescribesEveryMessageOfAnMbox) {
   EXPECT_EQ(first["message_id"].string(), "<20250701105237.4711@example.org>");
   EXPECT_EQ(first["date"].string(), "2025-07-01T10:52:37+02:00");
   EXPECT_EQ(first["from"].string(), "J\xC3\xBCrgen M\xC3\xBCller <juergen.mueller@example.org>");
-  EXPECT_EQ(first["subject"].string(), "Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3");
+  EXPECT_EQ(first["subject"].string(),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3");
   ASSERT_EQ(first["attachments"].size(), 1u);
   EXPECT_EQ(first["attachments"][0]["name"].string(), "Bericht f\xC3\xBCr Q3.pdf");
   EXPECT_EQ(first["attachments"][0]["content_type"].string(), "application/pdf");
@@ -78,10 +83,13 @@ TEST(ToolIndex, TheTextIsCutAtTwoHundredCharactersAndTheDigestIsOfTheDecodedByte
   std::string text;
   for (int i = 0; i < 300; ++i) text += "\xC3\xA9";
   const std::string file = dir.Write(
-      "m.eml", "Subject: s\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\n"
-               "Content-Type: text/plain; charset=utf-8\r\n\r\n" + text + "\r\n--b\r\n"
-               "Content-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
-               "Content-Disposition: attachment; filename=\"abc.bin\"\r\n\r\nYWJj\r\n--b--\r\n");
+      "m.eml",
+      "Subject: s\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=\"b\"\r\n\r\n--b\r\n"
+      "Content-Type: text/plain; charset=utf-8\r\n\r\n" +
+          text +
+          "\r\n--b\r\n"
+          "Content-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n"
+          "Content-Disposition: attachment; filename=\"abc.bin\"\r\n\r\nYWJj\r\n--b--\r\n");
   const std::vector<JsonValue> lines = JsonLines(RunTool({"index", file}));
   ASSERT_EQ(lines.size(), 1u);
   EXPECT_EQ(lines[0]["text"].string(), text.substr(0, 400));
@@ -128,7 +136,8 @@ TEST(ToolIndex, WalksDirectoriesAndMaildirsInNameOrder) {
   for (const JsonValue& line : JsonLines(RunTool({"index", "-j", "2", dir / "archive"}))) {
     subjects.push_back(line["subject"].string());
   }
-  EXPECT_EQ(subjects, (std::vector<std::string>{"a", "maildir cur", "maildir new", "z", "mbox one", "mbox two"}));
+  EXPECT_EQ(subjects,
+            (std::vector<std::string>{"a", "maildir cur", "maildir new", "z", "mbox one", "mbox two"}));
 }
 
 TEST(ToolIndex, ALinkOutOfTheDirectoryIsReadOnlyWithFollow) {
@@ -162,7 +171,8 @@ TEST(ToolIndex, AFollowedLinkLoopIsEnteredOnce) {
 TEST(ToolIndex, ExtractWritesTheAttachmentsSafelyInOrder) {
   TempDir dir;
   const std::string mbox = dir.Write("m.mbox", GeneratedMbox(30));
-  const RunResult r = RunTool({"index", "-j", "3", "--extract", dir / "out", mbox, Sample("unsafe-names.eml")});
+  const RunResult r =
+      RunTool({"index", "-j", "3", "--extract", dir / "out", mbox, Sample("unsafe-names.eml")});
   EXPECT_EQ(JsonLines(r).size(), 31u);
   const std::vector<std::string> written = ListDir(dir / "out");
   EXPECT_EQ(written.size(), 10u + 8u);
@@ -194,7 +204,8 @@ TEST(ToolIndex, UsageErrors) {
 TEST(ToolIndex, AProgressBarOnlyOnATerminal) {
   TempDir dir;
   const std::string mbox = dir.Write("big.mbox", GeneratedMbox(2000));
-  const RunResult terminal = RunToolWithTerminalStderr({"index", "-j", "2", mbox}, "PARCELVANE_PROGRESS_DELAY_MS=0");
+  const RunResult terminal =
+      RunToolWithTerminalStderr({"index", "-j", "2", mbox}, "PARCELVANE_PROGRESS_DELAY_MS=0");
   EXPECT_EQ(terminal.exit_code, 0);
   EXPECT_NE(terminal.err.find(" messages/s"), std::string::npos) << terminal.err;
   RunOptions options;

@@ -48,7 +48,9 @@ TEST(ToolLs, ListsTheSampleMbox) {
   const std::vector<std::string> lines = Lines(r.out);
   ASSERT_EQ(lines.size(), 3u) << r.out;
   EXPECT_EQ(lines[0].rfind("     1  2025-07-01 10:52  J\xC3\xBCrgen M\xC3\xBCller", 0), 0u) << lines[0];
-  EXPECT_NE(lines[0].find("Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln"), std::string::npos);
+  EXPECT_NE(lines[0].find("Gr\xC3\xBC\xC3\x9F"
+                          "e aus K\xC3\xB6ln"),
+            std::string::npos);
   EXPECT_EQ(lines[0].substr(lines[0].size() - 3), "  1");
   EXPECT_EQ(lines[1].rfind("     2  2025-07-02 09:15  Carol Example ", 0), 0u) << lines[1];
   EXPECT_EQ(lines[1].substr(lines[1].size() - 3), "  0");

@@ -18,8 +18,8 @@ const std::string kPlain = "From: Carol <carol@example.com>\r\nSubject: Lunch\r\
 // ---------------------------------------------------------------- leading blank lines
 TEST(ToolRealFiles, BlankLinesBeforeTheHeaderAreSkipped) {
   const std::string expected = RunTool({"show", "--json", "-"}, WithStdin(kPlain)).out;
-  for (const char* opening :
-       {"\r\n", "\n\n", " \t\r\n\r\n   \n", "\xEF\xBB\xBF\r\n", "From carol@example.com Wed Jul  2 2025\r\n\r\n  \r\n"}) {
+  for (const char* opening : {"\r\n", "\n\n", " \t\r\n\r\n   \n", "\xEF\xBB\xBF\r\n",
+                              "From carol@example.com Wed Jul  2 2025\r\n\r\n  \r\n"}) {
     const RunResult r = RunTool({"show", "--json", "-"}, WithStdin(std::string(opening) + kPlain));
     EXPECT_EQ(r.exit_code, 0) << r.err;
     EXPECT_EQ(r.out, expected);
@@ -52,7 +52,8 @@ TEST(ToolRealFiles, AMessageWithoutHeaderFieldsReadsBackFromItsOwnOutput) {
   const JsonValue v = JsonOf(RunTool({"show", "--json", "-"}, WithStdin("\n\nHello.\n")));
   EXPECT_EQ(v["body_size"].number(), 8);
   // Blank lines before a header field are still skipped.
-  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin("\r\n\r\n" + kPlain)))["subject"].string(), "Lunch");
+  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin("\r\n\r\n" + kPlain)))["subject"].string(),
+            "Lunch");
 }
 
 TEST(ToolRealFiles, HelpSaysWhatIsSkipped) {
@@ -66,7 +67,8 @@ TEST(ToolRealFiles, HelpSaysWhatIsSkipped) {
 
 TEST(ToolRealFiles, ARepeatedSubjectShowsItsFirstField) {
   const std::string twice = "From: a@b\r\nSubject: Testing outlook\r\nSubject: Another PDF\r\n\r\nbody\r\n";
-  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin(twice)))["subject"].string(), "Testing outlook");
+  EXPECT_EQ(JsonOf(RunTool({"show", "--json", "-"}, WithStdin(twice)))["subject"].string(),
+            "Testing outlook");
   EXPECT_NE(RunTool({"headers", "-"}, WithStdin(twice)).out.find("Another PDF"), std::string::npos);
 }
 
@@ -79,10 +81,12 @@ const std::string kGroups =
 TEST(ToolRealFiles, ShowPrintsAGroupAsItsNameAndItsMembers) {
   const RunResult r = RunTool({"show", "-"}, WithStdin(kGroups));
   EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_NE(r.out.find("From:    Team: Ann <ann@example.com>, bob@example.com;\n"), std::string::npos) << r.out;
-  EXPECT_NE(r.out.find("To:      A Group: Chris Jones <c@example.org>, d@example.org; undisclosed-recipients, "
-                       "e@example.net\n"),
-            std::string::npos)
+  EXPECT_NE(r.out.find("From:    Team: Ann <ann@example.com>, bob@example.com;\n"), std::string::npos)
+      << r.out;
+  EXPECT_NE(
+      r.out.find("To:      A Group: Chris Jones <c@example.org>, d@example.org; undisclosed-recipients, "
+                 "e@example.net\n"),
+      std::string::npos)
       << r.out;
 }
 
@@ -119,7 +123,8 @@ TEST(ToolRealFiles, LsShowsTheSenderOfAGroup) {
 const std::string kMixed =
     "From: a@example.com\r\nSubject: files\r\nMIME-Version: 1.0\r\n"
     "Content-Type: multipart/mixed; boundary=\"XX\"\r\n\r\n"
-    "--XX\r\nContent-Type: text/plain\r\n\r\nHere they are.\r\n\r\nbegin 644 old.txt\r\n#86)C\r\n`\r\nend\r\n\r\n"
+    "--XX\r\nContent-Type: text/plain\r\n\r\nHere they are.\r\n\r\nbegin 644 "
+    "old.txt\r\n#86)C\r\n`\r\nend\r\n\r\n"
     "--XX\r\nContent-Type: application/octet-stream\r\nContent-Transfer-Encoding: base64\r\n\r\nAAEC\r\n"
     "--XX\r\nContent-Type: text/csv; name=\"figures.csv\"\r\n\r\na,b\r\n"
     "--XX\r\nContent-Type: text/html\r\n\r\n<p>not an attachment</p>\r\n"
@@ -133,7 +138,8 @@ TEST(ToolRealFiles, ExtractWritesEveryAttachmentShowLists) {
   TempDir dir;
   const JsonValue written = JsonOf(RunTool({"extract", "--json", "-d", dir.path(), "-"}, WithStdin(kMixed)));
   ASSERT_EQ(written.size(), 3u);
-  for (size_t i = 0; i < 3; ++i) EXPECT_EQ(written[i]["attachment"].string(), shown["attachments"][i]["name"].string());
+  for (size_t i = 0; i < 3; ++i)
+    EXPECT_EQ(written[i]["attachment"].string(), shown["attachments"][i]["name"].string());
   EXPECT_EQ(ReadFile(written[0]["path"].string()), std::string("\x00\x01\x02", 3));
   EXPECT_EQ(ReadFile(written[1]["path"].string()), "a,b\r\n");  // an inner part keeps its last line break
   EXPECT_EQ(ReadFile(written[2]["path"].string()), "abc");
@@ -147,7 +153,8 @@ TEST(ToolRealFiles, ShowMarksTheSameAttachmentsInThePartTree) {
   }
   EXPECT_EQ(marked, (std::vector<std::string>{"multipart/mixed-", "text/plain-", "application/octet-stream+",
                                               "text/csv+", "text/html-", "text/plain+"}));
-  const RunResult ls = RunTool({"ls", "--json", "-"}, WithStdin("From x@y Mon Jan  1 00:00:00 2024\n" + kMixed));
+  const RunResult ls =
+      RunTool({"ls", "--json", "-"}, WithStdin("From x@y Mon Jan  1 00:00:00 2024\n" + kMixed));
   EXPECT_EQ(JsonOf(ls)[0]["attachments"].number(), 3);
 }
 
@@ -158,7 +165,8 @@ const std::string kUnclosed =
     "Content-Type: multipart/mixed; boundary=\"XX\"\r\n\r\n"
     "--XX\r\nContent-Type: multipart/alternative; boundary=\"YY\"\r\n\r\n"
     "--YY\r\n\r\nplain\r\n--YY\r\nContent-Type: text/html\r\n\r\n<p>html</p>\r\n--YY--\r\n"
-    "--XX\r\n" + kUnshown;
+    "--XX\r\n" +
+    kUnshown;
 
 TEST(ToolRealFiles, ShowSaysWhenAMultipartHasNoClosingDelimiter) {
   const std::string warning = "multipart/mixed at depth 0 has no closing delimiter: its last " +
@@ -178,23 +186,26 @@ TEST(ToolRealFiles, ExtractAndLsSayItToo) {
   EXPECT_EQ(extract.exit_code, 0);
   ASSERT_EQ(kUnshown.size(), 59u);
   EXPECT_EQ(extract.err,
-            "parcelvane: standard input: multipart/mixed at depth 0 has no closing delimiter: its last 59 bytes are "
+            "parcelvane: standard input: multipart/mixed at depth 0 has no closing delimiter: its last 59 "
+            "bytes are "
             "not shown\nparcelvane: standard input: no attachments\n");
   const std::string nested = "From: a@b\r\nContent-Type: multipart/mixed; boundary=o\r\n\r\n--o\r\n" +
                              kUnclosed.substr(kUnclosed.find("Content-Type")) + "\r\n--o--\r\n";
   dir.Write("m.eml", nested);
   const RunResult ls = RunTool({"ls", dir.path()});
   EXPECT_EQ(ls.exit_code, 0);
-  EXPECT_EQ(ls.err, "parcelvane: " + dir / "m.eml" +
-                        ": multipart/mixed at depth 1 has no closing delimiter: its last 59 bytes are not shown\n");
+  EXPECT_EQ(ls.err,
+            "parcelvane: " + dir / "m.eml" +
+                ": multipart/mixed at depth 1 has no closing delimiter: its last 59 bytes are not shown\n");
   EXPECT_EQ(RunTool({"show", "-"}, WithStdin(kMixed)).err, "");
 }
 
 TEST(ToolRealFiles, AMultipartTheLibraryDoesNotSplitGetsNoWarning) {
   // The library splits at the raw boundary value, here still RFC 2231 coded,
   // so it finds no delimiter and keeps the body whole: nothing is dropped.
-  const std::string coded = "From: a@b\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary*=us-ascii''XX\r\n\r\n"
-                            "--XX\r\n\r\none\r\n--XX\r\n\r\ntwo\r\n";
+  const std::string coded =
+      "From: a@b\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary*=us-ascii''XX\r\n\r\n"
+      "--XX\r\n\r\none\r\n--XX\r\n\r\ntwo\r\n";
   const RunResult r = RunTool({"show", "--json", "-"}, WithStdin(coded));
   EXPECT_EQ(r.err, "");
   const JsonValue v = JsonOf(r);

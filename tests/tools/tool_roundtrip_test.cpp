@@ -33,7 +33,8 @@ std::string ShowWithoutContainerSizes(const std::string& file) {
 TEST(ToolRoundtrip, AMultipartMessageShowsTheSameAfterwards) {
   TempDir dir;
   ASSERT_EQ(RunTool({"roundtrip", Sample("multipart-report.eml"), "-o", dir / "again.eml"}).exit_code, 0);
-  EXPECT_EQ(ShowWithoutContainerSizes(dir / "again.eml"), ShowWithoutContainerSizes(Sample("multipart-report.eml")));
+  EXPECT_EQ(ShowWithoutContainerSizes(dir / "again.eml"),
+            ShowWithoutContainerSizes(Sample("multipart-report.eml")));
   EXPECT_EQ(RunTool({"text", dir / "again.eml"}).out, RunTool({"text", Sample("multipart-report.eml")}).out);
 }
 

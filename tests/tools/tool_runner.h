@@ -20,9 +20,9 @@ struct RunResult {
 
 struct RunOptions {
   std::string stdin_bytes;
-  std::string cwd;             // "" for the test's own directory
-  std::string stdout_path;     // "" to capture; a path to send standard output there
-  size_t stack_bytes = 0;      // the child's stack limit; 0 leaves it as it is
+  std::string cwd;          // "" for the test's own directory
+  std::string stdout_path;  // "" to capture; a path to send standard output there
+  size_t stack_bytes = 0;   // the child's stack limit; 0 leaves it as it is
 };
 
 inline RunOptions WithStdin(std::string bytes) {
@@ -45,7 +45,8 @@ JsonValue JsonOutput(const RunResult& r);
 // sees a terminal there) and standard output in a file; `err` holds what
 // the terminal received. `environment` ("NAME=value") is added to the
 // child's environment when not empty.
-RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args, const std::string& environment = "");
+RunResult RunToolWithTerminalStderr(const std::vector<std::string>& args,
+                                    const std::string& environment = "");
 
 // A fresh directory, removed with everything in it at the end of the scope.
 class TempDir {

@@ -13,15 +13,20 @@ namespace {
 
 const char kPlainText[] =
     "Hallo Anna,\n\nanbei der Bericht f\xC3\xBCr das dritte Quartal. Die Zahlen f\xC3\xBCr K\xC3\xB6ln und "
-    "\xC5\x81\xC3\xB3" "d\xC5\xBA\nsind endlich vollst\xC3\xA4ndig \xE2\x80\x93 danke f\xC3\xBCr die Geduld!\n\n"
-    "Viele Gr\xC3\xBC\xC3\x9F" "e\nJ\xC3\xBCrgen\n";
+    "\xC5\x81\xC3\xB3"
+    "d\xC5\xBA\nsind endlich vollst\xC3\xA4ndig \xE2\x80\x93 danke f\xC3\xBCr die Geduld!\n\n"
+    "Viele Gr\xC3\xBC\xC3\x9F"
+    "e\nJ\xC3\xBCrgen\n";
 
 TEST(ToolShow, SummarisesTheMultipartSample) {
   const RunResult r = RunTool({"show", Sample("multipart-report.eml")});
   EXPECT_EQ(r.exit_code, 0) << r.err;
-  EXPECT_NE(r.out.find("From:    J\xC3\xBCrgen M\xC3\xBCller <juergen.mueller@example.org>\n"), std::string::npos);
-  EXPECT_NE(r.out.find("To:      Anna \xC5\x81ukasiewicz <anna@example.com>, bob@example.net\n"), std::string::npos);
-  EXPECT_NE(r.out.find("Subject: Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3\n"),
+  EXPECT_NE(r.out.find("From:    J\xC3\xBCrgen M\xC3\xBCller <juergen.mueller@example.org>\n"),
+            std::string::npos);
+  EXPECT_NE(r.out.find("To:      Anna \xC5\x81ukasiewicz <anna@example.com>, bob@example.net\n"),
+            std::string::npos);
+  EXPECT_NE(r.out.find("Subject: Gr\xC3\xBC\xC3\x9F"
+                       "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3\n"),
             std::string::npos);
   EXPECT_NE(r.out.find("Date:    Tue, 1 Jul 2025 10:52:37 +0200\n"), std::string::npos);
   EXPECT_NE(r.out.find("\n  multipart/mixed "), std::string::npos);
@@ -33,7 +38,9 @@ TEST(ToolShow, SummarisesTheMultipartSample) {
 
 TEST(ToolShow, JsonDescribesTheSameMessage) {
   const JsonValue v = JsonOf(RunTool({"show", "--json", Sample("multipart-report.eml")}));
-  EXPECT_EQ(v["subject"].string(), "Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3");
+  EXPECT_EQ(v["subject"].string(),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3");
   EXPECT_EQ(v["sender"]["name"].string(), "J\xC3\xBCrgen M\xC3\xBCller");
   EXPECT_EQ(v["sender"]["address"].string(), "juergen.mueller@example.org");
   ASSERT_EQ(v["recipients"].size(), 2u);
@@ -43,7 +50,8 @@ TEST(ToolShow, JsonDescribesTheSameMessage) {
   EXPECT_TRUE(v["mime"].boolean());
   const JsonValue& parts = v["parts"];
   ASSERT_EQ(parts.size(), 5u);
-  const char* types[] = {"multipart/mixed", "multipart/alternative", "text/plain", "text/html", "application/pdf"};
+  const char* types[] = {"multipart/mixed", "multipart/alternative", "text/plain", "text/html",
+                         "application/pdf"};
   const int depths[] = {0, 1, 2, 2, 1};
   for (size_t i = 0; i < 5; ++i) {
     EXPECT_EQ(parts[i]["content_type"].string(), types[i]);
@@ -109,7 +117,8 @@ TEST(ToolShow, NoCrlfReadsBareLfInputAsOneHeaderBlock) {
 
 TEST(ToolShow, AnMboxSeparatorOpeningTheFileIsSkipped) {
   const std::string message = ReadFile(Sample("plain.eml"));
-  const RunResult with = RunTool({"show", "--json", "-"}, WithStdin("From carol@example.com Wed Jul  2 2025\n" + message));
+  const RunResult with =
+      RunTool({"show", "--json", "-"}, WithStdin("From carol@example.com Wed Jul  2 2025\n" + message));
   const RunResult without = RunTool({"show", "--json", "-"}, WithStdin(message));
   EXPECT_EQ(with.out, without.out);
 }
@@ -129,8 +138,11 @@ TEST(ToolShow, ControlCharactersInHeadersNeverReachTheTerminal) {
 }
 
 TEST(ToolShow, RawUtf8InHeadersIsShownAsUtf8) {
-  const RunResult r = RunTool({"show", "--json", "-"}, WithStdin("Subject: Gr\xC3\xBC\xC3\x9F" "e\nFrom: x@y\n\nbody\n"));
-  EXPECT_EQ(JsonOf(r)["subject"].string(), "Gr\xC3\xBC\xC3\x9F" "e");
+  const RunResult r = RunTool({"show", "--json", "-"}, WithStdin("Subject: Gr\xC3\xBC\xC3\x9F"
+                                                                 "e\nFrom: x@y\n\nbody\n"));
+  EXPECT_EQ(JsonOf(r)["subject"].string(),
+            "Gr\xC3\xBC\xC3\x9F"
+            "e");
 }
 
 TEST(ToolShow, WritingToAFullDeviceFails) {
@@ -147,7 +159,8 @@ TEST(ToolHeaders, ListsEveryFieldDecodedIncludingTheRootPart) {
   EXPECT_EQ(r.out,
             "From: J\xC3\xBCrgen M\xC3\xBCller <juergen.mueller@example.org>\n"
             "To: Anna \xC5\x81ukasiewicz <anna@example.com>, bob@example.net\n"
-            "Subject: Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3\n"
+            "Subject: Gr\xC3\xBC\xC3\x9F"
+            "e aus K\xC3\xB6ln \xE2\x80\x93 Bericht f\xC3\xBCr Q3\n"
             "Date: Tue, 1 Jul 2025 10:52:37 +0200\n"
             "Message-ID: <20250701105237.4711@example.org>\n"
             "MIME-Version: 1.0\n"
@@ -164,8 +177,8 @@ TEST(ToolHeaders, RawPrintsTheStoredValues) {
 }
 
 TEST(ToolHeaders, RepeatedFieldsGiveOneLineEach) {
-  const RunResult r = RunTool({"headers", "-"},
-                              WithStdin("Received: from a\nReceived: from b\nSubject: s\n\nbody\n"));
+  const RunResult r =
+      RunTool({"headers", "-"}, WithStdin("Received: from a\nReceived: from b\nSubject: s\n\nbody\n"));
   EXPECT_EQ(r.out, "Received: from a\nReceived: from b\nSubject: s\n");
 }
 
@@ -191,7 +204,9 @@ TEST(ToolHtml, PrintsTheDecodedHtmlBody) {
   const RunResult r = RunTool({"html", Sample("multipart-report.eml")});
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out.rfind("<!DOCTYPE html>\n", 0), 0u);
-  EXPECT_NE(r.out.find("<b>\xC5\x81\xC3\xB3" "d\xC5\xBA</b>"), std::string::npos);
+  EXPECT_NE(r.out.find("<b>\xC5\x81\xC3\xB3"
+                       "d\xC5\xBA</b>"),
+            std::string::npos);
 }
 
 TEST(ToolHtml, AMessageWithoutHtmlExitsWithOne) {

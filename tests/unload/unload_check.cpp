@@ -58,7 +58,8 @@ int main(int argc, char** argv) {
     return 1;
   }
   Module m{};
-  m.getClassObject = reinterpret_cast<HRESULT (*)(REFCLSID, REFIID, void**)>(dlsym(handle, "DllGetClassObject"));
+  m.getClassObject =
+      reinterpret_cast<HRESULT (*)(REFCLSID, REFIID, void**)>(dlsym(handle, "DllGetClassObject"));
   m.canUnloadNow = reinterpret_cast<HRESULT (*)()>(dlsym(handle, "DllCanUnloadNow"));
   m.parserClass = static_cast<const CLSID*>(dlsym(handle, "CLSID_EMSMessageParser"));
   m.parserInterface = static_cast<const IID*>(dlsym(handle, "IID_IEMSMessageParser"));

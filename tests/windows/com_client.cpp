@@ -40,15 +40,24 @@ std::string Guid(REFGUID g) {
 
 std::string TypeName(ITypeInfo* info, const TYPEDESC& desc) {
   switch (desc.vt) {
-    case VT_PTR: return TypeName(info, *desc.lptdesc) + "*";
-    case VT_BSTR: return "BSTR";
-    case VT_I4: return "LONG";
-    case VT_UI4: return "ULONG";
-    case VT_VARIANT: return "VARIANT";
-    case VT_HRESULT: return "HRESULT";
-    case VT_VOID: return "void";
-    case VT_UNKNOWN: return "IUnknown*";
-    case VT_DISPATCH: return "IDispatch*";
+    case VT_PTR:
+      return TypeName(info, *desc.lptdesc) + "*";
+    case VT_BSTR:
+      return "BSTR";
+    case VT_I4:
+      return "LONG";
+    case VT_UI4:
+      return "ULONG";
+    case VT_VARIANT:
+      return "VARIANT";
+    case VT_HRESULT:
+      return "HRESULT";
+    case VT_VOID:
+      return "void";
+    case VT_UNKNOWN:
+      return "IUnknown*";
+    case VT_DISPATCH:
+      return "IDispatch*";
     case VT_USERDEFINED: {
       ITypeInfo* ref = nullptr;
       std::string name = "?";
@@ -60,16 +69,21 @@ std::string TypeName(ITypeInfo* info, const TYPEDESC& desc) {
       }
       return name;
     }
-    default: return "vt" + std::to_string(desc.vt);
+    default:
+      return "vt" + std::to_string(desc.vt);
   }
 }
 
 const char* InvokeKind(INVOKEKIND kind) {
   switch (kind) {
-    case INVOKE_PROPERTYGET: return "propget";
-    case INVOKE_PROPERTYPUT: return "propput";
-    case INVOKE_PROPERTYPUTREF: return "propputref";
-    default: return "method";
+    case INVOKE_PROPERTYGET:
+      return "propget";
+    case INVOKE_PROPERTYPUT:
+      return "propput";
+    case INVOKE_PROPERTYPUTREF:
+      return "propputref";
+    default:
+      return "method";
   }
 }
 
@@ -101,7 +115,8 @@ void ListMembers(ITypeInfo* info) {
       if (!dir.empty()) dir.pop_back();
       // A property put's value has no name of its own in the library.
       std::string name = static_cast<UINT>(p + 1) < count ? Narrow(names[p + 1]) : "";
-      std::printf("%s[%s] %s %s", p ? ", " : "", dir.c_str(), TypeName(info, param.tdesc).c_str(), name.c_str());
+      std::printf("%s[%s] %s %s", p ? ", " : "", dir.c_str(), TypeName(info, param.tdesc).c_str(),
+                  name.c_str());
     }
     std::printf(") vtbl %d\n", func->oVft / static_cast<int>(sizeof(void*)));
     for (UINT n = 0; n < count; ++n) ::SysFreeString(names[n]);
@@ -134,8 +149,8 @@ void ListLibrary(const wchar_t* path) {
                        : attr->typekind == TKIND_DISPATCH  ? "dispinterface"
                        : attr->typekind == TKIND_INTERFACE ? "interface"
                                                            : "other";
-    std::printf("%s %s \"%s\" %s%s\n", kind, Narrow(name).c_str(), Narrow(doc).c_str(), Guid(attr->guid).c_str(),
-                (attr->wTypeFlags & TYPEFLAG_FDUAL) ? " dual" : "");
+    std::printf("%s %s \"%s\" %s%s\n", kind, Narrow(name).c_str(), Narrow(doc).c_str(),
+                Guid(attr->guid).c_str(), (attr->wTypeFlags & TYPEFLAG_FDUAL) ? " dual" : "");
     ::SysFreeString(name);
     ::SysFreeString(doc);
     for (UINT k = 0; k < attr->cImplTypes; ++k) {
@@ -146,7 +161,8 @@ void ListLibrary(const wchar_t* path) {
       if (SUCCEEDED(info->GetRefTypeOfImplType(k, &ref)) && SUCCEEDED(info->GetRefTypeInfo(ref, &base))) {
         BSTR baseName = nullptr;
         base->GetDocumentation(MEMBERID_NIL, &baseName, nullptr, nullptr, nullptr);
-        std::printf("  implements %s%s\n", Narrow(baseName).c_str(), (implFlags & IMPLTYPEFLAG_FDEFAULT) ? " default" : "");
+        std::printf("  implements %s%s\n", Narrow(baseName).c_str(),
+                    (implFlags & IMPLTYPEFLAG_FDEFAULT) ? " default" : "");
         ::SysFreeString(baseName);
         base->Release();
       }
@@ -180,7 +196,8 @@ void UseByProgId() {
                           reinterpret_cast<void**>(&msg));
   Check(SUCCEEDED(hr), "CoCreateInstance", hr);
   if (FAILED(hr)) return;
-  BSTR text = ::SysAllocString(L"From: a@example.org\r\nSubject: =?UTF-8?Q?caf=C3=A9_au_lait?=\r\n\r\nbody\r\n");
+  BSTR text =
+      ::SysAllocString(L"From: a@example.org\r\nSubject: =?UTF-8?Q?caf=C3=A9_au_lait?=\r\n\r\nbody\r\n");
   hr = msg->put_FullMessage(text);
   Check(SUCCEEDED(hr), "FullMessage put", hr);
   ::SysFreeString(text);

@@ -27,8 +27,8 @@ void Check(bool ok, const char* what, HRESULT hr = S_OK) {
 }
 
 HRESULT CanUnloadNow(HMODULE module) {
-  auto canUnload = reinterpret_cast<CanUnloadNowFn>(
-      reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow")));
+  auto canUnload =
+      reinterpret_cast<CanUnloadNowFn>(reinterpret_cast<void*>(::GetProcAddress(module, "DllCanUnloadNow")));
   return canUnload != nullptr ? canUnload() : E_FAIL;
 }
 
@@ -52,7 +52,8 @@ void UseObjects(HMODULE module) {
     BSTR text = ::SysAllocString(
         L"Subject: =?ISO-8859-1?Q?caf=E9?=\r\nMIME-Version: 1.0\r\n"
         L"Content-Type: multipart/mixed; boundary=b\r\n\r\n--b\r\nContent-Type: text/plain\r\n\r\nhello\r\n"
-        L"--b\r\nContent-Type: application/octet-stream; name=a.bin\r\nContent-Transfer-Encoding: base64\r\n\r\n"
+        L"--b\r\nContent-Type: application/octet-stream; name=a.bin\r\nContent-Transfer-Encoding: "
+        L"base64\r\n\r\n"
         L"AAECAw==\r\n--b--\r\n");
     hr = msg->put_FullMessage(text);
     Check(SUCCEEDED(hr), "FullMessage put", hr);
@@ -137,7 +138,8 @@ int wmain(int argc, wchar_t** argv) {
   module = ::LoadLibraryW(path);
   Check(module != nullptr, "LoadLibrary again", HRESULT_FROM_WIN32(::GetLastError()));
   if (module == nullptr) return 1;
-  Worker w{module, ::CreateEventW(nullptr, TRUE, FALSE, nullptr), ::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
+  Worker w{module, ::CreateEventW(nullptr, TRUE, FALSE, nullptr),
+           ::CreateEventW(nullptr, TRUE, FALSE, nullptr)};
   HANDLE thread = ::CreateThread(nullptr, 0, WorkerMain, &w, 0, nullptr);
   ::WaitForSingleObject(w.used, INFINITE);
   FreeAndCheckGone(module, name, "second thread");

@@ -131,8 +131,8 @@ std::string WithoutGeneratedBoundaries(std::string text) {
   static const std::string kMark = "=_NextPart_";
   for (size_t at = text.find(kMark); at != std::string::npos; at = text.find(kMark, at + 1)) {
     size_t end = at + kMark.size();
-    while (end < text.size() && (std::isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_' ||
-                                 text[end] == '.')) {
+    while (end < text.size() &&
+           (std::isalnum(static_cast<unsigned char>(text[end])) || text[end] == '_' || text[end] == '.')) {
       ++end;
     }
     text.replace(at + kMark.size(), end - at - kMark.size(), "GENERATED");
@@ -146,7 +146,8 @@ std::string Show(const std::string& raw) {
   const std::string bytes = WithoutGeneratedBoundaries(raw);
   char buf[64];
   if (bytes.size() > 600) {
-    std::snprintf(buf, sizeof buf, "<%zu bytes, fnv %016llx>", bytes.size(), static_cast<unsigned long long>(Fnv(bytes)));
+    std::snprintf(buf, sizeof buf, "<%zu bytes, fnv %016llx>", bytes.size(),
+                  static_cast<unsigned long long>(Fnv(bytes)));
     return buf;
   }
   std::string out = "\"";
@@ -166,7 +167,8 @@ std::string Show(const std::string& raw) {
 
 void Line(int depth, const char* key, HRESULT hr, const std::string& value) {
   // HRESULT is 32 bits on both platforms but not the same C type.
-  std::printf("%*s%s [%08X] %s\n", depth * 2, "", key, static_cast<unsigned>(static_cast<uint32_t>(hr)), value.c_str());
+  std::printf("%*s%s [%08X] %s\n", depth * 2, "", key, static_cast<unsigned>(static_cast<uint32_t>(hr)),
+              value.c_str());
 }
 
 template <class T>
@@ -368,7 +370,8 @@ void DumpParts(IEMSMimePart* root, IEMSHeaderCharset* charset) {
     Number(depth + 1, "IsAttachPart", part, &IEMSMimePart::get_IsAttachPart);
     Text(depth + 1, "AttachName", part, &IEMSMimePart::get_AttachName);
     Ref<IEMSMessageParameters> headers;
-    if (SUCCEEDED(part->get_Headers(headers.put())) && headers) DumpHeaders(depth + 1, headers.get(), charset);
+    if (SUCCEEDED(part->get_Headers(headers.put())) && headers)
+      DumpHeaders(depth + 1, headers.get(), charset);
     Ref<IEMSDataObject> body;
     HRESULT hr = part->get_BodyObject(body.put());
     Data(depth + 1, "BodyObject", hr, body.get());
@@ -453,7 +456,8 @@ void DumpMessage(IEMSMessageParser* msg, IEMSHeaderCharset* charset) {
   Line(0, "AttachParts", hr, std::to_string(count));
   for (LONG i = 0; i < count; ++i) {
     Ref<IEMSMimePart> part;
-    if (SUCCEEDED(attachments->get_Part(i, part.put())) && part) Text(1, "AttachName", part.get(), &IEMSMimePart::get_AttachName);
+    if (SUCCEEDED(attachments->get_Part(i, part.put())) && part)
+      Text(1, "AttachName", part.get(), &IEMSMimePart::get_AttachName);
   }
   Ref<IEMSDataObject> assembled;
   hr = msg->AssembleObject(assembled.put());
@@ -493,13 +497,19 @@ void Compose(IEMSHeaderCharset* charset) {
   std::printf("== composed\n");
   Ref<IEMSMessageParser> msg;
   Create(CLSID_EMSMessageParser, &msg);
-  Line(0, "Subject put", msg->put_Subject(Bstr("Gr\xC3\xBC\xC3\x9F" "e aus K\xC3\xB6ln").get()), "");
+  Line(0, "Subject put",
+       msg->put_Subject(Bstr("Gr\xC3\xBC\xC3\x9F"
+                             "e aus K\xC3\xB6ln")
+                            .get()),
+       "");
   Line(0, "SenderName put", msg->put_SenderName(Bstr("J\xC3\xBCrgen M\xC3\xBCller").get()), "");
   Line(0, "SenderEmail put", msg->put_SenderEmail(Bstr("jm@example.org").get()), "");
   Line(0, "RecipientName put", msg->put_RecipientName(Bstr("Anna Berg").get()), "");
   Line(0, "RecipientEmail put", msg->put_RecipientEmail(Bstr("anna@example.com").get()), "");
-  Line(0, "HeaderString put", msg->put_HeaderString(Bstr("X-Note").get(), Bstr("caf\xC3\xA9 \"quoted\"").get()), "");
-  Line(0, "TextBody put", msg->put_TextBody(Bstr("Hallo Anna,\r\ndie Zahlen: \xE2\x82\xAC 12.\r\n").get()), "");
+  Line(0, "HeaderString put",
+       msg->put_HeaderString(Bstr("X-Note").get(), Bstr("caf\xC3\xA9 \"quoted\"").get()), "");
+  Line(0, "TextBody put", msg->put_TextBody(Bstr("Hallo Anna,\r\ndie Zahlen: \xE2\x82\xAC 12.\r\n").get()),
+       "");
   Line(0, "HTMLBody put", msg->put_HTMLBody(Bstr("<p>Hallo Anna, \xE2\x82\xAC 12.</p>").get()), "");
   Ref<IEMSDataObject> attachment;
   DataFromBytes(std::string("\x00\x01\x02\xFF figures\r\n", 14), &attachment);
@@ -512,7 +522,8 @@ void Compose(IEMSHeaderCharset* charset) {
   if (SUCCEEDED(msg->get_MimePart(root.put())) && root) CollectBoundaries(root.get(), &boundaries);
   for (size_t b = 0; b < boundaries.size(); ++b) {
     const std::string name = "BOUNDARY" + std::to_string(b);
-    for (size_t at = text.find(boundaries[b]); at != std::string::npos; at = text.find(boundaries[b], at + name.size())) {
+    for (size_t at = text.find(boundaries[b]); at != std::string::npos;
+         at = text.find(boundaries[b], at + name.size())) {
       text.replace(at, boundaries[b].size(), name);
     }
   }
@@ -528,7 +539,10 @@ void Compose(IEMSHeaderCharset* charset) {
   Text(0, "TextBody", again.get(), &IEMSMessageParser::get_TextBody);
   Text(0, "HTMLBody", again.get(), &IEMSMessageParser::get_HTMLBody);
   Bstr assembledHeader;
-  hr = charset->AssembleHeader(Bstr("Gr\xC3\xBC\xC3\x9F" "e").get(), assembledHeader.put());
+  hr = charset->AssembleHeader(Bstr("Gr\xC3\xBC\xC3\x9F"
+                                    "e")
+                                   .get(),
+                               assembledHeader.put());
   Line(0, "HeaderCharset.AssembleHeader", hr, Show(Utf8(assembledHeader.get())));
 }
 

@@ -109,9 +109,9 @@ bool IdlType(const std::string& cpp, std::string* idl, bool* isResult) {
     const char* idl;
     bool result;
   } kTypes[] = {
-      {"BSTR", "BSTR", false},       {"BSTR*", "BSTR*", true},  {"LONG", "long", false},
-      {"LONG*", "long*", true},      {"ULONG", "unsigned long", false},
-      {"ULONG*", "unsigned long*", true}, {"VARIANT", "VARIANT", false}, {"VARIANT*", "VARIANT*", true},
+      {"BSTR", "BSTR", false},       {"BSTR*", "BSTR*", true},          {"LONG", "long", false},
+      {"LONG*", "long*", true},      {"ULONG", "unsigned long", false}, {"ULONG*", "unsigned long*", true},
+      {"VARIANT", "VARIANT", false}, {"VARIANT*", "VARIANT*", true},
   };
   for (const auto& t : kTypes) {
     if (cpp == t.cpp) {
