@@ -3,6 +3,7 @@
 #include <atomic>
 
 #include "parcelvane/parcelvane.h"
+#include "src/data/data_object.h"
 #include "src/platform/codepage.h"
 #include "src/server/activation.h"
 #include "src/server/class_factory.h"
@@ -61,6 +62,11 @@ PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOut
   HRESULT hr = PvCLSIDFromProgID(progId, &clsid);
   if (FAILED(hr)) return hr;
   return PvCreateInstance(clsid, pUnkOuter, riid, ppv);
+}
+
+PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context), void* context,
+                                      IEMSDataObject** result) {
+  return pv::DataObject::CreateOver(bytes, size, release, context, result);
 }
 
 }  // extern "C"
