@@ -36,7 +36,8 @@ std::string SourceName(const std::string& file) { return file == "-" ? "standard
 MessageView LoadMessage(const std::string& file, const LoadOptions& options) {
   InputBytes input = MapInput(file);
   auto converted = std::make_shared<std::string>();
-  const std::string_view prepared = PrepareMessageView(input.bytes, options, SourceName(file), converted.get());
+  const std::string_view prepared =
+      PrepareMessageView(input.bytes, options, SourceName(file), converted.get());
   // The parsed objects share the mapped file, or the converted copy.
   std::shared_ptr<const void> owner = converted->empty() ? std::move(input.owner) : std::move(converted);
   Ref<IEMSMessageParser> parsed = ParseMessageOver(prepared, owner);

@@ -165,8 +165,8 @@ InputBytes OwnedInput(std::string bytes) {
 // A read-only view of a whole file, or nullptr when the file is empty or
 // cannot be mapped (the caller then reads it).
 std::shared_ptr<const void> MapWholeFile(const fs::path& path, size_t* size) {
-  HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr, OPEN_EXISTING,
-                            FILE_ATTRIBUTE_NORMAL, nullptr);
+  HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (file == INVALID_HANDLE_VALUE) return nullptr;
   LARGE_INTEGER length;
   std::shared_ptr<const void> view;
@@ -196,7 +196,8 @@ std::shared_ptr<const void> MapWholeFile(const fs::path& path, size_t* size) {
     void* address = mmap(nullptr, length, PROT_READ, MAP_PRIVATE, fd, 0);
     if (address != MAP_FAILED) {
       *size = length;
-      view = std::shared_ptr<const void>(address, [length](const void* p) { munmap(const_cast<void*>(p), length); });
+      view = std::shared_ptr<const void>(address,
+                                         [length](const void* p) { munmap(const_cast<void*>(p), length); });
     }
   }
   close(fd);

@@ -130,8 +130,8 @@ PartInfo DescribePart(IEMSMimePart* part, int depth, bool decoded_sizes) {
 
 std::string DisplayText(const Bstr& text) { return Utf16ToUtf8(RepairRawUtf8(text.wide())); }
 
-std::string_view PrepareMessageView(std::string_view bytes, const LoadOptions& options, const std::string& source,
-                                    std::string* converted) {
+std::string_view PrepareMessageView(std::string_view bytes, const LoadOptions& options,
+                                    const std::string& source, std::string* converted) {
   // Files saved by some editors open with a UTF-8 byte order mark.
   size_t start = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
   // Files saved from web mail and some archives open with blank lines. A

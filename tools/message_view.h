@@ -26,8 +26,8 @@ struct LoadOptions {
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source);
 // The same without a copy where nothing changes: a view into `input`, or
 // into `*converted` when line ends had to be converted.
-std::string_view PrepareMessageView(std::string_view input, const LoadOptions& options, const std::string& source,
-                                    std::string* converted);
+std::string_view PrepareMessageView(std::string_view input, const LoadOptions& options,
+                                    const std::string& source, std::string* converted);
 
 // A message object parsed from prepared bytes.
 Ref<IEMSMessageParser> ParseMessage(const std::string& prepared);

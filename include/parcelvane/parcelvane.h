@@ -46,8 +46,8 @@ PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOut
 // every object. The host promises the bytes stay unchanged until then.
 // E_POINTER for a null `result`, E_INVALIDARG for null `bytes` with a
 // nonzero size, E_OUTOFMEMORY; on failure `release` is not called.
-PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context), void* context,
-                                      IEMSDataObject** result);
+PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context),
+                                      void* context, IEMSDataObject** result);
 }
 
 #endif  // PARCELVANE_PARCELVANE_H

@@ -64,8 +64,8 @@ PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOut
   return PvCreateInstance(clsid, pUnkOuter, riid, ppv);
 }
 
-PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context), void* context,
-                                      IEMSDataObject** result) {
+PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context),
+                                      void* context, IEMSDataObject** result) {
   return pv::DataObject::CreateOver(bytes, size, release, context, result);
 }
 
