@@ -5,7 +5,7 @@
 #include "src/data/data_access.h"
 #include "src/platform/codepage.h"
 #include "src/platform/file.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "src/data/byte_store.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

@@ -4,8 +4,8 @@
 #include "src/platform/clock.h"
 #include "src/platform/codepage.h"
 #include "src/platform/random.h"
-#include "src/server/class_instance.h"
-#include "src/server/creators.h"
+#include "src/com/class_instance.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

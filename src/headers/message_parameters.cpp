@@ -7,7 +7,7 @@
 #include "src/headers/header_text.h"
 #include "src/headers/message_parameter.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -22,7 +22,7 @@
 
 #include "src/headers/header_charset.h"
 #include "src/mime/transfer_codecs.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

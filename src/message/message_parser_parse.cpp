@@ -10,7 +10,7 @@
 #include "src/message/message_parser_util.h"
 #include "src/message/uuencoded_blocks.h"
 #include "src/platform/codepage.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 namespace {

@@ -1,6 +1,6 @@
 // Late binding: the descriptions follow the interfaces' slot order and the
 // dispatch identifier rule, and Invoke converts arguments and results.
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 #include "tests/test_util.h"
 
 namespace pv::test {

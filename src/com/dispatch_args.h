@@ -1,8 +1,8 @@
 // Conversion of late-bound arguments to the C++ parameter types of the
 // interfaces, and of results back to variants. Included only where the
 // dispatch descriptions are built.
-#ifndef PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
-#define PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
+#ifndef PARCELVANE_SRC_COM_DISPATCH_ARGS_H
+#define PARCELVANE_SRC_COM_DISPATCH_ARGS_H
 
 #include <cmath>
 #include <cstdint>
@@ -12,9 +12,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/strings.h"
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 
 namespace pv::dispatch {
 
@@ -232,4 +232,4 @@ DispatchMember Describe(const char* name, MemberKind kind, int optional) {
 
 }  // namespace pv::dispatch
 
-#endif  // PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
+#endif  // PARCELVANE_SRC_COM_DISPATCH_ARGS_H
