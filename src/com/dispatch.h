@@ -31,8 +31,7 @@ struct DispatchMember {
   int optionalCount;  // trailing in-arguments that may be left out
   bool hasResult;
   InvokeThunk thunk;
-  uintptr_t memberWord;  // first word of the member pointer (for slot checks in tests)
-  DISPID id;             // filled in by the table
+  DISPID id;  // filled in by the table
 };
 
 // A collection's two members for scripts: the indexed getter that answers

@@ -214,20 +214,10 @@ struct Thunk<Member> {
   }
 };
 
-// The first word of a member pointer: on the Itanium ABI, one more than the
-// byte offset of a virtual function's slot.
-template <class P>
-uintptr_t MemberWord(P member) {
-  uintptr_t word = 0;
-  static_assert(sizeof(P) >= sizeof(uintptr_t), "member pointers hold at least a word");
-  std::memcpy(&word, &member, sizeof word);
-  return word;
-}
-
 template <auto Member>
 DispatchMember Describe(const char* name, MemberKind kind, int optional) {
   using T = Thunk<Member>;
-  return DispatchMember{name, kind, T::kInCount, optional, T::kHasResult, &T::Call, MemberWord(Member), 0};
+  return DispatchMember{name, kind, T::kInCount, optional, T::kHasResult, &T::Call, 0};
 }
 
 }  // namespace pv::dispatch
