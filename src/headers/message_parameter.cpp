@@ -68,10 +68,25 @@ std::string AnsiRoundTrip(std::string_view bytes) {
 MessageParameter::MessageParameter(IUnknown* outer)
     : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
-HRESULT MessageParameter::FinalConstruct() {
-  HRESULT hr = MakeObject(&charset_);
-  if (FAILED(hr)) return hr;
-  return CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_);
+HeaderCharset* MessageParameter::Charset() {
+  if (!charset_ && FAILED(MakeObject(&charset_))) throw std::bad_alloc();
+  return charset_.get();
+}
+
+// The parameter texts go to the list in the order the values came, as
+// each parse would have given them at once.
+IEMSMimeAttributes* MessageParameter::Attributes() {
+  if (!attributes_ && FAILED(CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_)))
+    throw std::bad_alloc();
+  if (!pendingParameters_.empty()) {
+    std::vector<std::string> pending;
+    pending.swap(pendingParameters_);
+    for (const std::string& parameters : pending) {
+      Bstr text(AnsiToWide(parameters));
+      if (!text.is_null()) attributes_->ParseAttributes(text.get());  // status ignored
+    }
+  }
+  return attributes_.get();
 }
 
 // ---------------------------------------------------------------- values and views
@@ -79,25 +94,38 @@ bool MessageParameter::IsContentField() const { return IsContentFieldName(name_)
 
 std::string MessageParameter::SplitOffParameters(std::string_view value) {
   ParameterSplit split = SplitParameters(value);
-  Bstr parameters(AnsiToWide(split.parameters));
-  if (!parameters.is_null()) attributes_->ParseAttributes(parameters.get());  // status ignored
+  pendingParameters_.emplace_back(split.parameters);
+  // A list that exists may be held by a caller: it takes them now.
+  if (attributes_) Attributes();
   return std::string(split.value);
 }
 
 void MessageParameter::AppendRawPieces(std::string_view joined) {
+  FlushDecode();
   ForEachPiece(joined, kSeparator, [&](std::string_view piece) { values_.emplace_back(piece); });
 }
 
 void MessageParameter::RefreshDecodedText(size_t count) {
+  FlushDecode();
+  decodePending_ = true;
+  pendingDecodeCount_ = count;
+  // A charset that exists may be held by a caller: it changes now.
+  if (charset_) DecodeNow();
+}
+
+void MessageParameter::DecodeNow() {
+  decodePending_ = false;
+  const size_t count = pendingDecodeCount_;
   decoded_.clear();
   WString piece;
   for (size_t i = 0; i < count && i < values_.size(); ++i) {
     std::string unfolded = UnfoldHeaderText(values_[i]);
     if (unfolded.empty()) continue;
-    charset_->SetDefaultCodePage(defaultCodePage_);
-    charset_->Decode(unfolded, &piece);  // status ignored
-    defaultCodePage_ = charset_->headerCodePage();
-    defaultEncoding_ = charset_->defaultEncoding();
+    HeaderCharset* charset = Charset();
+    charset->SetDefaultCodePage(defaultCodePage_);
+    charset->Decode(unfolded, &piece);  // status ignored
+    defaultCodePage_ = charset->headerCodePage();
+    defaultEncoding_ = charset->defaultEncoding();
     if (!decoded_.empty()) decoded_.append(kWideSeparator);
     decoded_.append(piece);
   }
@@ -106,6 +134,7 @@ void MessageParameter::RefreshDecodedText(size_t count) {
 HRESULT MessageParameter::ParseHeaderText(std::string_view text) {
   size_t colon = text.find(':');
   if (colon == std::string_view::npos || colon == 0) return E_FAIL;
+  FlushDecode();
   values_.clear();
   name_ = std::string(TrimBlanks(text.substr(0, colon)));
   std::string_view value = TrimTrailingLineBreaks(TrimLeadingBlanks(text.substr(colon + 1)));
@@ -120,6 +149,7 @@ HRESULT MessageParameter::ParseHeaderText(std::string_view text) {
 }
 
 void MessageParameter::SetRawDataText(std::string_view text) {
+  FlushDecode();
   values_.clear();
   bool content = IsContentField();
   ForEachPiece(text, kSeparator, [&](std::string_view piece) {
@@ -129,6 +159,7 @@ void MessageParameter::SetRawDataText(std::string_view text) {
 }
 
 void MessageParameter::SetUnfoldedDataText(std::string_view text) {
+  FlushDecode();
   values_.clear();
   ForEachPiece(text, kSeparator,
                [&](std::string_view piece) { values_.push_back(FoldHeaderText(piece, name_.size())); });
@@ -136,8 +167,9 @@ void MessageParameter::SetUnfoldedDataText(std::string_view text) {
 }
 
 WString MessageParameter::AssembledAttributes() {
+  if (!attributes_ && pendingParameters_.empty()) return WString();
   Bstr text;
-  attributes_->AssembleAttributes(text.put());  // left untouched when there are none
+  Attributes()->AssembleAttributes(text.put());  // left untouched when there are none
   return WString(text.view());
 }
 
@@ -253,23 +285,26 @@ HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
 
 HRESULT MessageParameter::FindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return attributes_->FindAttribute(bszName, ppVal);
+  return Guard([&] { return Attributes()->FindAttribute(bszName, ppVal); });
 }
 
 HRESULT MessageParameter::CreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  return attributes_->CreateAttribute(bszName, ppVal);
+  return Guard([&] { return Attributes()->CreateAttribute(bszName, ppVal); });
 }
 
 HRESULT MessageParameter::RemoveAttribute(BSTR bszName) {
   if (bszName == nullptr) return E_POINTER;
-  attributes_->RemoveAttribute(bszName);
-  return S_OK;
+  return Guard([&] {
+    Attributes()->RemoveAttribute(bszName);
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::Clone(IEMSMessageParameter** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     ComPtr<IEMSMessageParameter> clone;
     HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
     if (FAILED(hr)) return hr;
@@ -336,20 +371,25 @@ HRESULT MessageParameter::put_UnfoldedData(BSTR newVal) {
 
 HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(decoded_, pVal); });
+  return Guard([&] {
+    FlushDecode();
+    return ReturnBstr(decoded_, pVal);
+  });
 }
 
 // The caller's text becomes the decoded text as it is; the values are its
 // pieces encoded in the field's code page and encoding.
 HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
   return Guard([&] {
+    FlushDecode();
     decoded_ = WString(View(newVal));
     values_.clear();
     WString encoded;
+    HeaderCharset* charset = Charset();
     ForEachPiece(WStringView(decoded_), kWideSeparator, [&](WStringView piece) {
-      charset_->SetDefaultCodePage(defaultCodePage_);
-      charset_->SetDefaultEncoding(defaultEncoding_);
-      charset_->Encode(piece, &encoded);  // status ignored
+      charset->SetDefaultCodePage(defaultCodePage_);
+      charset->SetDefaultEncoding(defaultEncoding_);
+      charset->Encode(piece, &encoded);  // status ignored
       std::string value = WideToAnsi(encoded);
       if (!value.empty()) values_.push_back(std::move(value));
     });
@@ -359,13 +399,21 @@ HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
 
 HRESULT MessageParameter::get_Attributes(IEMSMimeAttributes** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  attributes_.CopyTo(ppVal);
-  return S_OK;
+  return Guard([&] {
+    *ppVal = Attributes();
+    (*ppVal)->AddRef();
+    return S_OK;
+  });
 }
 
+// The replaced list was never handed out while parameters wait for it, so
+// they go with it.
 HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  if (pVal != attributes_.get()) attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+  if (pVal != attributes_.get()) {
+    attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+    pendingParameters_.clear();
+  }
   return S_OK;
 }
 
@@ -390,6 +438,7 @@ HRESULT MessageParameter::get_HeaderMailbox(IEMSHeaderMailbox** ppVal) {
 HRESULT MessageParameter::put_HeaderMailbox(IEMSHeaderMailbox* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     pVal->put_DefaultCodePage(defaultCodePage_);
     pVal->put_DefaultEncoding(defaultEncoding_);
     Bstr text;
@@ -419,6 +468,7 @@ HRESULT MessageParameter::get_HeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
 HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     pVal->put_DefaultCodePage(defaultCodePage_);
     pVal->put_DefaultEncoding(defaultEncoding_);
     Bstr text;
@@ -431,31 +481,46 @@ HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
 // ---------------------------------------------------------------- plain properties
 HRESULT MessageParameter::get_HeaderCharset(IEMSHeaderCharset** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  *ppVal = charset_.get();
-  charset_->AddRef();
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *ppVal = Charset();
+    (*ppVal)->AddRef();
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    defaultCodePage_ = newVal;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::get_DefaultCodePage(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *pVal = defaultCodePage_;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    defaultEncoding_ = newVal;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::get_DefaultEncoding(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *pVal = defaultEncoding_;
+    return S_OK;
+  });
 }
 
 // ---------------------------------------------------------------- content type
@@ -467,6 +532,7 @@ void MessageParameter::ParseContentTypeText(std::string_view text) {
 // A field without values takes the text as its first value, so that a new
 // "Content-Type" field gets its value this way.
 void MessageParameter::ContentTypePut(std::string_view text) {
+  FlushDecode();
   if (values_.empty()) {
     values_.emplace_back(text);
     RefreshDecodedText();
@@ -570,7 +636,7 @@ HRESULT MessageParameter::put_MimeSubTypeName(BSTR newVal) {
 HRESULT MessageParameter::FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out) {
   Bstr key = WideBstr(name);
   if (key.is_null()) return E_OUTOFMEMORY;
-  HRESULT hr = attributes_->FindAttribute(key.get(), out->put());
+  HRESULT hr = Attributes()->FindAttribute(key.get(), out->put());
   if (FAILED(hr)) return hr;
   return *out ? S_OK : S_FALSE;
 }
@@ -579,7 +645,7 @@ HRESULT MessageParameter::SetNamedAttribute(const char* name, BSTR value, bool d
   Bstr key = WideBstr(name);
   if (key.is_null()) return E_OUTOFMEMORY;
   ComPtr<IEMSMimeAttribute> attribute;
-  HRESULT hr = attributes_->CreateAttribute(key.get(), attribute.put());
+  HRESULT hr = Attributes()->CreateAttribute(key.get(), attribute.put());
   if (attribute) {
     if (decoded) {
       attribute->put_DecodedValue(value);
