@@ -1,6 +1,8 @@
 #include "src/headers/message_parameter.h"
 
 #include "src/headers/header_text.h"
+#include "src/headers/mime_attribute.h"
+#include "src/headers/mime_attributes.h"
 #include "src/platform/clock.h"
 #include "src/platform/codepage.h"
 #include "src/platform/random.h"
@@ -81,7 +83,12 @@ IEMSMimeAttributes* MessageParameter::Attributes() {
   if (!pendingParameters_.empty()) {
     std::vector<std::string> pending;
     pending.swap(pendingParameters_);
+    ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(attributes_.get());
     for (const std::string& parameters : pending) {
+      if (own) {
+        own->Parse(AnsiRoundTrip(parameters));  // status ignored
+        continue;
+      }
       Bstr text(AnsiToWide(parameters));
       if (!text.is_null()) attributes_->ParseAttributes(text.get());  // status ignored
     }
@@ -105,17 +112,22 @@ void MessageParameter::AppendRawPieces(std::string_view joined) {
   ForEachPiece(joined, kSeparator, [&](std::string_view piece) { values_.emplace_back(piece); });
 }
 
+// Every change of the values runs the waiting decodes first, so those that
+// wait always apply to the values as they are.
 void MessageParameter::RefreshDecodedText(size_t count) {
-  FlushDecode();
-  decodePending_ = true;
-  pendingDecodeCount_ = count;
+  if (pendingDecodes_ == 2) DecodeNow();
+  pendingDecodeCounts_[pendingDecodes_++] = count;
   // A charset that exists may be held by a caller: it changes now.
   if (charset_) DecodeNow();
 }
 
 void MessageParameter::DecodeNow() {
-  decodePending_ = false;
-  const size_t count = pendingDecodeCount_;
+  const int pending = pendingDecodes_;
+  pendingDecodes_ = 0;
+  for (int i = 0; i < pending; ++i) DecodeValues(pendingDecodeCounts_[i]);
+}
+
+void MessageParameter::DecodeValues(size_t count) {
   decoded_.clear();
   WString piece;
   for (size_t i = 0; i < count && i < values_.size(); ++i) {
@@ -745,6 +757,14 @@ HRESULT MessageParameter::SetContentTypeNarrow(std::string_view ansiText) {
 
 HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
   return Guard([&] {
+    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(Attributes())) {
+      const MimeAttribute* boundary = own->FindOwn("boundary");
+      if (boundary != nullptr) {
+        *out = AnsiRoundTrip(boundary->rawValue());
+        return S_OK;
+      }
+      if (!own->Find("boundary")) return E_FAIL;
+    }
     Bstr value;
     HRESULT hr = get_Boundary(value.put());
     if (FAILED(hr)) return hr;

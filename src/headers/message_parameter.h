@@ -122,9 +122,10 @@ class MessageParameter final
   // Runs a waiting decode. Called first by everything that reads or
   // changes the values, the decoded text, the defaults or the charset.
   void FlushDecode() {
-    if (decodePending_) DecodeNow();
+    if (pendingDecodes_ != 0) DecodeNow();
   }
   void DecodeNow();
+  void DecodeValues(size_t count);
   // The header charset and the attribute list, made on first use; the
   // parameter texts of parsed values go to the list when it is first used.
   HeaderCharset* Charset();
@@ -136,8 +137,9 @@ class MessageParameter final
   ComPtr<HeaderCharset> charset_;
   ComPtr<IEMSMimeAttributes> attributes_;
   std::vector<std::string> pendingParameters_;
-  size_t pendingDecodeCount_ = 0;
-  bool decodePending_ = false;
+  // Up to two decodes wait, in order (a chaining run asks for two).
+  size_t pendingDecodeCounts_[2] = {0, 0};
+  int pendingDecodes_ = 0;
   std::string name_;
   WString decoded_;
   std::vector<std::string> values_;

@@ -183,6 +183,7 @@ HRESULT MessageParser::MakeMixedRoot(IEMSMimeParts* parts) {
 
 // ---------------------------------------------------------------- header split
 void MessageParser::SplitMimeHeaders() {
+  if (SplitOwnMimeHeaders()) return;
   ComPtr<IEMSMessageParameters> mime;
   if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &mime))) return;
   LONG count = 0;
@@ -201,6 +202,23 @@ void MessageParser::SplitMimeHeaders() {
   if (!root_ && FAILED(CreateClassInstance(CLSID_EMSMimePart, &root_))) return;
   root_->put_Headers(mime.get());
   RemoveMimeNames(mime.get());
+}
+
+// The library's own list after a parse: the fields move in one pass.
+bool MessageParser::SplitOwnMimeHeaders() {
+  ComPtr<MessageParameters> own = ImplOf<MessageParameters>(headers_.get());
+  if (!own) return false;
+  ComPtr<IEMSMessageParameters> mime;
+  if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &mime))) return false;
+  ComPtr<MessageParameters> ownMime = ImplOf<MessageParameters>(mime.get());
+  // The root part is made first: without it the fields stay where they are.
+  ComPtr<IEMSMimePart> root = root_;
+  if (!ownMime || (!root && FAILED(CreateClassInstance(CLSID_EMSMimePart, &root)))) return false;
+  if (!own->MoveFieldsByPrefix(kMimeFieldPrefix, ownMime.get())) return false;
+  if (ownMime->count() == 0) return true;
+  root_ = root;
+  root_->put_Headers(mime.get());
+  return true;
 }
 
 // RemoveByName once per name, as written, costs a rebuild of the list's
