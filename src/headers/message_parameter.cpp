@@ -107,18 +107,18 @@ std::string MessageParameter::SplitOffParameters(std::string_view value) {
   return std::string(split.value);
 }
 
+// Only appends: a waiting decode reads the values it counted, which stay.
 void MessageParameter::AppendRawPieces(std::string_view joined) {
-  FlushDecode();
   ForEachPiece(joined, kSeparator, [&](std::string_view piece) { values_.emplace_back(piece); });
 }
 
 // Every change of the values runs the waiting decodes first, so those that
 // wait always apply to the values as they are.
 void MessageParameter::RefreshDecodedText(size_t count) {
-  if (pendingDecodes_ == 2) DecodeNow();
+  if (pendingDecodes_ == 3) DecodeNow();
   pendingDecodeCounts_[pendingDecodes_++] = count;
-  // A charset that exists may be held by a caller: it changes now.
-  if (charset_) DecodeNow();
+  // A charset that a caller may hold changes now.
+  if (charsetShared_) DecodeNow();
 }
 
 void MessageParameter::DecodeNow() {
@@ -497,6 +497,7 @@ HRESULT MessageParameter::get_HeaderCharset(IEMSHeaderCharset** ppVal) {
     FlushDecode();
     *ppVal = Charset();
     (*ppVal)->AddRef();
+    charsetShared_ = true;
     return S_OK;
   });
 }

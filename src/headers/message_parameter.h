@@ -137,9 +137,12 @@ class MessageParameter final
   ComPtr<HeaderCharset> charset_;
   ComPtr<IEMSMimeAttributes> attributes_;
   std::vector<std::string> pendingParameters_;
-  // Up to two decodes wait, in order (a chaining run asks for two).
-  size_t pendingDecodeCounts_[2] = {0, 0};
+  // Decodes that wait, in order: a parse asks for one and a chaining run
+  // for two more.
+  size_t pendingDecodeCounts_[3] = {0, 0, 0};
   int pendingDecodes_ = 0;
+  // Whether a caller may hold the charset (then decodes run at once).
+  bool charsetShared_ = false;
   std::string name_;
   WString decoded_;
   std::vector<std::string> values_;
