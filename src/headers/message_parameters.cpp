@@ -127,8 +127,17 @@ HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, std::string key
 
 // ---------------------------------------------------------------- parsing
 HRESULT MessageParameters::ParseBlock(std::string_view ansiBlock) {
+  return ParseBlockSplitting(ansiBlock, std::string_view(), nullptr);
+}
+
+// A name belongs to one list only, so chaining within each list is the
+// chaining of the whole block.
+HRESULT MessageParameters::ParseBlockSplitting(std::string_view ansiBlock, std::string_view asciiPrefix,
+                                               MessageParameters* to) {
   return Guard([&] {
     Clear();
+    std::string prefix(asciiPrefix);
+    for (char& c : prefix) c = ToLowerAscii(c);
     // Repeated names are chained without a refresh each time; each field
     // that received some is brought up to date once at the end.
     std::vector<ComPtr<MessageParameter>> chained;
@@ -138,14 +147,15 @@ HRESULT MessageParameters::ParseBlock(std::string_view ansiBlock) {
       field->SetDefaults(defaultCodePage_, defaultEncoding_);
       if (field->ParseHeaderNarrow(text) != S_OK) continue;  // dropped
       std::string key = NameKey(field->name());
-      size_t at = IndexedPosition(key);
+      MessageParameters* list = to != nullptr && key.compare(0, prefix.size(), prefix) == 0 ? to : this;
+      size_t at = list->IndexedPosition(key);
       if (at == kNotIndexed) {
-        Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(key));
+        list->Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(key));
         continue;
       }
-      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(fields_[at].get());
+      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(list->fields_[at].get());
       if (!target) {
-        fields_[at]->AddChainHeader(field.get());
+        list->fields_[at]->AddChainHeader(field.get());
         continue;
       }
       if (target->AppendChainDeferred(field.get()) == S_OK) chained.push_back(target);
@@ -360,32 +370,6 @@ HRESULT MessageParameters::get_DefaultEncoding(LONG* pVal) {
 }
 
 // ---------------------------------------------------------------- the library's own entry points
-bool MessageParameters::MoveFieldsByPrefix(std::string_view asciiPrefix, MessageParameters* to) {
-  if (!to->fields_.empty()) return false;
-  std::vector<std::string> keys(fields_.size());
-  for (size_t i = 0; i < fields_.size(); ++i) {
-    ComPtr<MessageParameter> own = fields_[i] ? ImplOf<MessageParameter>(fields_[i].get()) : nullptr;
-    if (!own) return false;
-    keys[i] = NameKey(own->name());
-    if (IndexedPosition(keys[i]) != i) return false;
-  }
-  std::string prefix(asciiPrefix);
-  for (char& c : prefix) c = ToLowerAscii(c);
-  std::vector<ComPtr<IEMSMessageParameter>> kept;
-  NameIndex keptIndex;
-  for (size_t i = 0; i < fields_.size(); ++i) {
-    if (keys[i].compare(0, prefix.size(), prefix) == 0) {
-      to->Append(std::move(fields_[i]), std::move(keys[i]));
-    } else {
-      kept.push_back(std::move(fields_[i]));
-      keptIndex.emplace(std::move(keys[i]), kept.size() - 1);
-    }
-  }
-  fields_.swap(kept);
-  index_.swap(keptIndex);
-  return true;
-}
-
 ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) const {
   size_t at = IndexedPosition(NameKey(ansiName));
   return at == kNotIndexed ? nullptr : fields_[at];

@@ -36,12 +36,12 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
   // AssembleParameters as narrow text (empty for a list that writes nothing).
   HRESULT AssembleBlock(std::string* out);
 
-  // Moves every field whose name starts with `asciiPrefix` (ASCII case
-  // folded) to the empty list `to`, in order: what AddParameter on `to` and
-  // RemoveByName here of each moved name do on a list whose every entry is
-  // the library's own field and the one its name finds (so after a parse).
-  // On any other list nothing changes and the result is false.
-  bool MoveFieldsByPrefix(std::string_view asciiPrefix, MessageParameters* to);
+  // ParseBlock, with the fields whose names start with `asciiPrefix` (ASCII
+  // case folded) going to the empty list `to` instead, in order: what
+  // ParseBlock followed by AddParameter on `to` and RemoveByName here of
+  // each such field gives. Those fields keep this list's defaults.
+  HRESULT ParseBlockSplitting(std::string_view ansiBlock, std::string_view asciiPrefix,
+                              MessageParameters* to);
 
   size_t count() const { return fields_.size(); }
   // The entry at `index` (< count()); null for an empty entry.
