@@ -75,21 +75,19 @@ HeaderCharset* MessageParameter::Charset() {
   return charset_.get();
 }
 
-// The parameter texts go to the list in the order the values came, as
-// each parse would have given them at once.
+// The list is the library's own while parameters wait (a list put in
+// place takes them at once).
 IEMSMimeAttributes* MessageParameter::Attributes() {
   if (!attributes_ && FAILED(CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_)))
     throw std::bad_alloc();
-  if (!pendingParameters_.empty()) {
-    std::vector<std::string> pending;
+  if (parametersPending_) {
+    parametersPending_ = false;
+    std::string pending;
     pending.swap(pendingParameters_);
-    ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(attributes_.get());
-    for (const std::string& parameters : pending) {
-      if (own) {
-        own->Parse(AnsiRoundTrip(parameters));  // status ignored
-        continue;
-      }
-      Bstr text(AnsiToWide(parameters));
+    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(attributes_.get())) {
+      own->Parse(AnsiRoundTrip(pending));  // status ignored
+    } else {
+      Bstr text(AnsiToWide(pending));
       if (!text.is_null()) attributes_->ParseAttributes(text.get());  // status ignored
     }
   }
@@ -101,7 +99,8 @@ bool MessageParameter::IsContentField() const { return IsContentFieldName(name_)
 
 std::string MessageParameter::SplitOffParameters(std::string_view value) {
   ParameterSplit split = SplitParameters(value);
-  pendingParameters_.emplace_back(split.parameters);
+  pendingParameters_.assign(split.parameters);
+  parametersPending_ = true;
   // A list that exists may be held by a caller: it takes them now.
   if (attributes_) Attributes();
   return std::string(split.value);
@@ -179,7 +178,7 @@ void MessageParameter::SetUnfoldedDataText(std::string_view text) {
 }
 
 WString MessageParameter::AssembledAttributes() {
-  if (!attributes_ && pendingParameters_.empty()) return WString();
+  if (!attributes_ && !parametersPending_) return WString();
   Bstr text;
   Attributes()->AssembleAttributes(text.put());  // left untouched when there are none
   return WString(text.view());
@@ -425,6 +424,7 @@ HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
   if (pVal != attributes_.get()) {
     attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
     pendingParameters_.clear();
+    parametersPending_ = false;
   }
   return S_OK;
 }

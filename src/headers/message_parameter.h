@@ -127,7 +127,7 @@ class MessageParameter final
   void DecodeNow();
   void DecodeValues(size_t count);
   // The header charset and the attribute list, made on first use; the
-  // parameter texts of parsed values go to the list when it is first used.
+  // parameter text of parsed values goes to the list when it is first used.
   HeaderCharset* Charset();
   IEMSMimeAttributes* Attributes();
 
@@ -136,7 +136,10 @@ class MessageParameter final
 
   ComPtr<HeaderCharset> charset_;
   ComPtr<IEMSMimeAttributes> attributes_;
-  std::vector<std::string> pendingParameters_;
+  // The parameter text that waits for the list. A parse of parameters
+  // empties the list first, so only the last one is kept.
+  std::string pendingParameters_;
+  bool parametersPending_ = false;
   // Decodes that wait, in order: a parse asks for one and a chaining run
   // for two more.
   size_t pendingDecodeCounts_[3] = {0, 0, 0};

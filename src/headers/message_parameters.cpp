@@ -17,7 +17,7 @@ HRESULT CreateEMSMessageParameters(IUnknown* outer, REFIID riid, void** ppv) {
 
 namespace {
 
-constexpr size_t kNotIndexed = static_cast<size_t>(-1);
+constexpr size_t kNotIndexed = NameIndex::kNotFound;
 
 // An entry's AssembleHeader as narrow text; empty when no string came back.
 std::string AssembledField(IEMSMessageParameter* field) {
@@ -87,29 +87,26 @@ bool MessageParameters::KeyOf(IEMSMessageParameter* field, std::string* key) {
   return true;
 }
 
-size_t MessageParameters::IndexedPosition(const std::string& key) const {
-  auto found = index_.find(key);
-  return found == index_.end() ? kNotIndexed : found->second;
-}
+size_t MessageParameters::IndexedPosition(const std::string& key) const { return index_.Find(key); }
 
 void MessageParameters::Append(ComPtr<IEMSMessageParameter> field, std::string key) {
   fields_.push_back(std::move(field));
-  index_.emplace(std::move(key), fields_.size() - 1);
+  index_.Add(std::move(key), fields_.size() - 1);
 }
 
 // The first field of each name wins: later ones are not indexed.
 void MessageParameters::RebuildIndex() {
-  index_.clear();
+  index_.Clear();
   std::string key;
   for (size_t i = 0; i < fields_.size(); ++i) {
-    if (fields_[i] && KeyOf(fields_[i].get(), &key)) index_.emplace(key, i);
+    if (fields_[i] && KeyOf(fields_[i].get(), &key)) index_.Add(key, i);
   }
 }
 
 void MessageParameters::Clear() {
   std::vector<ComPtr<IEMSMessageParameter>> released;
   released.swap(fields_);  // the list is empty before any field is released
-  index_.clear();
+  index_.Clear();
 }
 
 // An indexed entry that Parameter put emptied takes the field in its place.

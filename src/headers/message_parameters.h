@@ -10,11 +10,11 @@
 #ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
 #define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
 
-#include <unordered_map>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "src/headers/name_index.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
 
@@ -59,7 +59,6 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
   // with ASCII letters folded to lower case, as narrow bytes (see NameKey):
   // two names are the same key exactly when they are equal but for the
   // case of ASCII letters.
-  using NameIndex = std::unordered_map<std::string, size_t>;
 
   // The key of a field's name, as its Name get gives it; false when none
   // comes back.
