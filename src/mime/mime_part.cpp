@@ -19,12 +19,17 @@ HRESULT MimePart::FinalConstruct() {
   ComPtr<MessageParameters> headers;
   HRESULT hr = MakeObject(&headers);
   if (FAILED(hr)) return hr;
-  ComPtr<MimeParts> parts;
-  hr = MakeObject(&parts);
-  if (FAILED(hr)) return hr;
   headers_ = ComPtr<IEMSMessageParameters>(headers.get());
-  parts_ = ComPtr<IEMSMimeParts>(parts.get());
   return S_OK;
+}
+
+IEMSMimeParts* MimePart::parts() {
+  if (!parts_) {
+    ComPtr<MimeParts> parts;
+    if (FAILED(MakeObject(&parts))) throw std::bad_alloc();
+    parts_ = ComPtr<IEMSMimeParts>(parts.get());
+  }
+  return parts_.get();
 }
 
 // ---------------------------------------------------------------- parsing
@@ -33,7 +38,7 @@ HRESULT MimePart::ParsePartObject(IEMSDataObject* pObject) {
   return Guard([&] {
     body_ = nullptr;
     headers_->RemoveAll();
-    RemoveAllParts(parts_.get());
+    if (parts_) RemoveAllParts(parts_.get());
     // The attachment flag is left as it is: parsing never clears it.
     DataBytes bytes;
     if (FAILED(ReadDataBytes(pObject, &bytes)) || bytes.data() == nullptr) return E_FAIL;
@@ -99,8 +104,11 @@ HRESULT MimePart::put_Headers(IEMSMessageParameters* pVal) {
 
 HRESULT MimePart::get_MimeParts(IEMSMimeParts** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  parts_.CopyTo(ppVal);
-  return S_OK;
+  return Guard([&] {
+    *ppVal = parts();
+    (*ppVal)->AddRef();
+    return S_OK;
+  });
 }
 
 HRESULT MimePart::put_MimeParts(IEMSMimeParts* pVal) {

@@ -31,7 +31,11 @@ class MimePart final : public ComObject<MimePart, IEMSMimePart> {
     return body_.get();
   }
   IEMSMessageParameters* headers() const { return headers_.get(); }
-  IEMSMimeParts* parts() const { return parts_.get(); }
+  // The child list, made on first use: a leaf of a parsed tree has none
+  // until something asks for it. Throws std::bad_alloc.
+  IEMSMimeParts* parts();
+  // The child list if there is one yet (no list: no children).
+  IEMSMimeParts* partsIfAny() const { return parts_.get(); }
   LONG defaultCodePage() const { return defaultCodePage_; }
   LONG defaultEncoding() const { return defaultEncoding_; }
   LONG attachFlag() const { return attach_; }

@@ -179,7 +179,7 @@ class PartTreeWriter {
   // library generated its boundary (now or before) and may replace it.
   static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter,
                                ComPtr<MessageParameter>* generatedBy) {
-    *count = PartsCountOf(part->parts());
+    *count = part->partsIfAny() != nullptr ? PartsCountOf(part->partsIfAny()) : 0;
     if (*count == 0) return S_OK;
     ComPtr<IEMSMessageParameter> type = FieldByName(part->headers(), "Content-Type");
     LONG code = kTypeText;
@@ -235,7 +235,7 @@ class PartTreeWriter {
         size += length;
         continue;
       }
-      ComPtr<MimeParts> list = ImplOf<MimeParts>(part->parts());
+      ComPtr<MimeParts> list = ImplOf<MimeParts>(part->partsIfAny());
       if (!list) continue;
       for (size_t i = 0; i < list->size(); ++i) {
         ComPtr<MimePart> child = ImplOf<MimePart>(list->at(i));

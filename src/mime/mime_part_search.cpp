@@ -128,11 +128,11 @@ HRESULT MimePart::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
 HRESULT MimePart::RemovePart(IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
   return Guard([&] {
-    const LONG count = PartsCountOf(parts_.get());
+    const LONG count = PartsCountOf(parts());
     if (count == 0) return E_FAIL;
     for (LONG i = 0; i < count; ++i) {
-      if (PartOf(parts_.get(), i).get() != pPart) continue;
-      parts_->RemovePart(i);  // status ignored
+      if (PartOf(parts(), i).get() != pPart) continue;
+      parts()->RemovePart(i);  // status ignored
       return S_OK;
     }
     return E_FAIL;
@@ -267,7 +267,7 @@ HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
     if (body_) {
       child->put_BodyObject(body_.get());
     } else {
-      child->parts_->AppendParts(parts_.get());
+      child->parts()->AppendParts(parts());
     }
 
     headers_ = ComPtr<IEMSMessageParameters>(headers.get());
@@ -281,8 +281,8 @@ HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
     content->put_MimeSubType(nSubType);
     content->CreateBoundary(0, nullptr);
 
-    RemoveAllParts(parts_.get());
-    AppendPart(parts_.get(), child.get());
+    RemoveAllParts(parts());
+    AppendPart(parts(), child.get());
     body_ = nullptr;
     return S_OK;
   });
