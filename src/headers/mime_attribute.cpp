@@ -124,20 +124,26 @@ void PercentDecode(std::string_view text, LONG codePage, WString* out) {
 }
 
 // ---------------------------------------------------------------- the object
-HRESULT MimeAttribute::FinalConstruct() { return MakeObject(&charset_); }
+HeaderCharset* MimeAttribute::Charset() {
+  if (!charset_ && FAILED(MakeObject(&charset_))) throw std::bad_alloc();
+  return charset_.get();
+}
 
 HRESULT MimeAttribute::Parse(std::string_view ansiText) { return ParseSplit(SplitAttributeText(ansiText)); }
 
 HRESULT MimeAttribute::ParseSplit(const AttributeText& parts) {
+  FlushDecode();
   rawValue_.clear();
   if (!parts.hasEquals) return E_FAIL;
   name_.assign(parts.name);
   if (parts.extended) extended_ = true;  // never cleared
   rawValue_.assign(parts.value);
-  return DecodeRawValue();
+  decodePending_ = true;
+  return S_OK;
 }
 
 HRESULT MimeAttribute::AppendAssembled(std::string* out) {
+  FlushDecode();
   // A multipart body is cut at the boundary's raw value: a boundary that
   // can stand between quotes as it is keeps that value, in the form it was
   // read in, so that the output is cut where the tree was.
@@ -152,11 +158,13 @@ HRESULT MimeAttribute::AppendAssembled(std::string* out) {
 }
 
 HRESULT MimeAttribute::SetRawValue(std::string_view ansiRaw) {
+  FlushDecode();
   rawValue_.assign(ansiRaw);
   return DecodeRawValue();
 }
 
 HRESULT MimeAttribute::SetDecodedValue(WStringView decoded) {
+  FlushDecode();
   decodedValue_.assign(decoded);
   return EncodeDecodedValue();
 }
@@ -169,13 +177,14 @@ HRESULT MimeAttribute::DecodeRawValue() {
     DecodeExtended(unfolded);
     return S_OK;
   }
-  charset_->SetDefaultCodePage(codePage_);
-  HRESULT hr = charset_->Decode(unfolded, &decodedValue_);
+  HeaderCharset* charset = Charset();
+  charset->SetDefaultCodePage(codePage_);
+  HRESULT hr = charset->Decode(unfolded, &decodedValue_);
   if (FAILED(hr)) return hr;
   // The page and letter of the value's last encoded word, or the charset
   // object's own when there was none.
-  codePage_ = charset_->headerCodePage();
-  encoding_ = charset_->defaultEncoding();
+  codePage_ = charset->headerCodePage();
+  encoding_ = charset->defaultEncoding();
   return S_OK;
 }
 
@@ -199,6 +208,7 @@ void MimeAttribute::DecodeExtended(std::string_view unfolded) {
 // in the value's code page, and, when that page cannot carry the value
 // either, UTF-8 words: what is written must read back as what was held.
 HRESULT MimeAttribute::EncodeDecodedValue() {
+  Charset();  // the encodings below use it
   rawValue_.clear();
   if (IsPlainText(decodedValue_)) {
     std::string text = WideToAnsi(decodedValue_);
@@ -353,7 +363,10 @@ HRESULT MimeAttribute::put_RawValue(BSTR newVal) {
 
 HRESULT MimeAttribute::get_DecodedValue(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(decodedValue_, pVal); });
+  return Guard([&] {
+    FlushDecode();
+    return ReturnBstr(decodedValue_, pVal);
+  });
 }
 
 HRESULT MimeAttribute::put_DecodedValue(BSTR newVal) {
@@ -361,25 +374,33 @@ HRESULT MimeAttribute::put_DecodedValue(BSTR newVal) {
 }
 
 HRESULT MimeAttribute::put_CodePage(LONG newVal) {
-  codePage_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    SetCodePage(newVal);
+    return S_OK;
+  });
 }
 
 HRESULT MimeAttribute::get_CodePage(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = codePage_;
-  return S_OK;
+  return Guard([&] {
+    *pVal = codePage();
+    return S_OK;
+  });
 }
 
 HRESULT MimeAttribute::put_Encoding(LONG newVal) {
-  encoding_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    SetEncoding(newVal);
+    return S_OK;
+  });
 }
 
 HRESULT MimeAttribute::get_Encoding(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = encoding_;
-  return S_OK;
+  return Guard([&] {
+    *pVal = encoding();
+    return S_OK;
+  });
 }
 
 }  // namespace pv

@@ -40,7 +40,6 @@ constexpr LONG kAttributeDefaultEncoding = kHeaderEncodingAuto;
 class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
  public:
   explicit MimeAttribute(IUnknown* outer) : ComObject(outer) {}
-  HRESULT FinalConstruct() override;
 
   PV_MEMBERS_IEMSMimeAttribute(PV_OVERRIDE_MEMBER)
 
@@ -58,18 +57,44 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
   const std::string& rawValue() const { return rawValue_; }
   // RawValue put: stores the value and decodes it.
   HRESULT SetRawValue(std::string_view ansiRaw);
-  const WString& decodedValue() const { return decodedValue_; }
+  const WString& decodedValue() {
+    FlushDecode();
+    return decodedValue_;
+  }
   // DecodedValue put: stores the value and encodes it.
   HRESULT SetDecodedValue(WStringView decoded);
   bool extended() const { return extended_; }
-  LONG codePage() const { return codePage_; }
-  void SetCodePage(LONG codePage) { codePage_ = codePage; }
-  LONG encoding() const { return encoding_; }
-  void SetEncoding(LONG encoding) { encoding_ = encoding; }
+  LONG codePage() {
+    FlushDecode();
+    return codePage_;
+  }
+  void SetCodePage(LONG codePage) {
+    FlushDecode();
+    codePage_ = codePage;
+  }
+  LONG encoding() {
+    FlushDecode();
+    return encoding_;
+  }
+  void SetEncoding(LONG encoding) {
+    FlushDecode();
+    encoding_ = encoding;
+  }
 
  private:
-  // RawValue into DecodedValue, and DecodedValue into RawValue.
+  // RawValue into DecodedValue, and DecodedValue into RawValue. A parsed
+  // value is decoded when something first reads what the decoding sets
+  // (the decoded value, the code page, the encoding): FlushDecode, called
+  // first by everything that reads or changes those.
   HRESULT DecodeRawValue();
+  void FlushDecode() {
+    if (decodePending_) {
+      decodePending_ = false;
+      DecodeRawValue();  // only a shortage of memory fails, and throws
+    }
+  }
+  // Made on first use.
+  HeaderCharset* Charset();
   HRESULT EncodeDecodedValue();
   // The decoded value as encoded words of this page and encoding, folded.
   HRESULT EncodeAsWords(LONG codePage, LONG encoding);
@@ -84,6 +109,7 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
   std::string rawValue_;
   WString decodedValue_;
   bool extended_ = false;
+  bool decodePending_ = false;
   LONG codePage_ = kAttributeDefaultCodePage;
   LONG encoding_ = kAttributeDefaultEncoding;
 };

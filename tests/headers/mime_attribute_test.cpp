@@ -573,3 +573,96 @@ TEST_F(MimeAttributeTest, LateBoundAssembleAttributeReturnsTheText) {
 
 }  // namespace
 }  // namespace pv::test
+
+namespace pv::test {
+namespace {
+
+// A parsed value is decoded when something first reads the decoding's
+// results. Each test runs the same events on two attributes, one read
+// right after the parse, and expects the same state from both.
+struct AttributeState {
+  std::string decoded;
+  LONG codePage = 0;
+  LONG encoding = 0;
+};
+
+AttributeState StateOf(IEMSMimeAttribute* attribute) {
+  AttributeState state;
+  Bstr decoded;
+  EXPECT_EQ(attribute->get_DecodedValue(decoded.put()), S_OK);
+  state.decoded = U8(decoded);
+  EXPECT_EQ(attribute->get_CodePage(&state.codePage), S_OK);
+  EXPECT_EQ(attribute->get_Encoding(&state.encoding), S_OK);
+  return state;
+}
+
+void ExpectSameState(IEMSMimeAttribute* a, IEMSMimeAttribute* b, const char* what) {
+  AttributeState x = StateOf(a);
+  AttributeState y = StateOf(b);
+  EXPECT_EQ(x.decoded, y.decoded) << what;
+  EXPECT_EQ(x.codePage, y.codePage) << what;
+  EXPECT_EQ(x.encoding, y.encoding) << what;
+}
+
+TEST(MimeAttributeOnDemand, AParsedEncodedWordSetsThePageWhenRead) {
+  auto attribute = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+  ASSERT_EQ(attribute->ParseAttribute(B("name==?koi8-r?B?9M/S?=").get()), S_OK);
+  AttributeState state = StateOf(attribute.get());
+  EXPECT_EQ(state.decoded, "\xD0\xA2\xD0\xBE\xD1\x80");
+  EXPECT_EQ(state.codePage, 20866);
+  EXPECT_EQ(state.encoding, 2);  // B
+}
+
+TEST(MimeAttributeOnDemand, APageSetAfterTheParseDoesNotChangeItsDecode) {
+  for (const char* text : {"a=caf\xC3\xA9", "a==?utf-8?Q?caf=C3=A9?=", "a*=iso-8859-2''%E9t%E9"}) {
+    auto early = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+    auto late = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+    ASSERT_EQ(early->ParseAttribute(B(text).get()), S_OK);
+    StateOf(early.get());
+    ASSERT_EQ(late->ParseAttribute(B(text).get()), S_OK);
+    for (IEMSMimeAttribute* a : {early.get(), late.get()}) {
+      ASSERT_EQ(a->put_CodePage(1251), S_OK);
+      ASSERT_EQ(a->put_Encoding(1), S_OK);
+    }
+    ExpectSameState(early.get(), late.get(), text);
+  }
+}
+
+TEST(MimeAttributeOnDemand, ASecondParseStartsFromThePageTheFirstLeft) {
+  auto early = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+  auto late = Create<IEMSMimeAttribute>(CLSID_EMSMimeAttribute);
+  ASSERT_EQ(early->ParseAttribute(B("x==?koi8-r?B?9M/S?=").get()), S_OK);
+  StateOf(early.get());
+  ASSERT_EQ(late->ParseAttribute(B("x==?koi8-r?B?9M/S?=").get()), S_OK);
+  Bstr second = B("x=\xD0\x96 text");
+  ASSERT_EQ(early->ParseAttribute(second.get()), S_OK);
+  ASSERT_EQ(late->ParseAttribute(second.get()), S_OK);
+  ExpectSameState(early.get(), late.get(), "second parse");
+  // And the raw value set afterwards decodes from that page too.
+  Bstr raw = B("plain \xC3\xA9");
+  ASSERT_EQ(early->put_RawValue(raw.get()), S_OK);
+  ASSERT_EQ(late->put_RawValue(raw.get()), S_OK);
+  ExpectSameState(early.get(), late.get(), "raw value put");
+}
+
+TEST(MimeAttributeOnDemand, AssemblyOfAParsedListWritesTheDecodedValues) {
+  auto list = Create<IEMSMimeAttributes>(CLSID_EMSMimeAttributes);
+  Bstr text = B("; name==?utf-8?B?w6k=?=; filename*=utf-8''%C3%A9.txt; boundary=\"b1\"");
+  ASSERT_EQ(list->ParseAttributes(text.get()), S_OK);
+  Bstr assembled;
+  ASSERT_EQ(list->AssembleAttributes(assembled.put()), S_OK);
+  auto read = Create<IEMSMimeAttributes>(CLSID_EMSMimeAttributes);
+  ASSERT_EQ(read->ParseAttributes(assembled.get()), S_OK);
+  for (const char* name : {"name", "filename", "boundary"}) {
+    ComPtr<IEMSMimeAttribute> a, b;
+    ASSERT_EQ(list->FindAttribute(B(name).get(), a.put()), S_OK) << name;
+    ASSERT_EQ(read->FindAttribute(B(name).get(), b.put()), S_OK) << name;
+    Bstr x, y;
+    a->get_DecodedValue(x.put());
+    b->get_DecodedValue(y.put());
+    EXPECT_EQ(U8(x), U8(y)) << name;
+  }
+}
+
+}  // namespace
+}  // namespace pv::test
