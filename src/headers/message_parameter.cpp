@@ -127,7 +127,8 @@ void MessageParameter::DecodeNow() {
 }
 
 void MessageParameter::DecodeValues(size_t count) {
-  decoded_.clear();
+  WString& decoded = Extras().decoded;
+  decoded.clear();
   WString piece;
   for (size_t i = 0; i < count && i < values_.size(); ++i) {
     std::string unfolded = UnfoldHeaderText(values_[i]);
@@ -137,8 +138,8 @@ void MessageParameter::DecodeValues(size_t count) {
     charset->Decode(unfolded, &piece);  // status ignored
     defaultCodePage_ = charset->headerCodePage();
     defaultEncoding_ = charset->defaultEncoding();
-    if (!decoded_.empty()) decoded_.append(kWideSeparator);
-    decoded_.append(piece);
+    if (!decoded.empty()) decoded.append(kWideSeparator);
+    decoded.append(piece);
   }
 }
 
@@ -384,7 +385,7 @@ HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     FlushDecode();
-    return ReturnBstr(decoded_, pVal);
+    return ReturnBstr(Extras().decoded, pVal);
   });
 }
 
@@ -393,11 +394,12 @@ HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
 HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
   return Guard([&] {
     FlushDecode();
-    decoded_ = WString(View(newVal));
+    WString& decoded = Extras().decoded;
+    decoded = WString(View(newVal));
     values_.clear();
     WString encoded;
     HeaderCharset* charset = Charset();
-    ForEachPiece(WStringView(decoded_), kWideSeparator, [&](WStringView piece) {
+    ForEachPiece(WStringView(decoded), kWideSeparator, [&](WStringView piece) {
       charset->SetDefaultCodePage(defaultCodePage_);
       charset->SetDefaultEncoding(defaultEncoding_);
       charset->Encode(piece, &encoded);  // status ignored
@@ -577,8 +579,8 @@ HRESULT MessageParameter::CreateBoundary(LONG n, BSTR* pVal) {
     // Remembered as it reads back, so that a later Boundary put of another
     // value makes the boundary the caller's.
     std::string stored;
-    generatedBoundary_ = SUCCEEDED(BoundaryNarrow(&stored)) ? stored : std::string();
-    generatedN_ = n;
+    Extras().generatedBoundary = SUCCEEDED(BoundaryNarrow(&stored)) ? stored : std::string();
+    Extras().generatedN = n;
     if (pVal != nullptr) *pVal = boundary.detach();
     return S_OK;
   });
@@ -775,13 +777,13 @@ HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
 }
 
 bool MessageParameter::HasGeneratedBoundary() {
-  if (generatedBoundary_.empty()) return false;
+  if (!extras_ || extras_->generatedBoundary.empty()) return false;
   std::string boundary;
-  return SUCCEEDED(BoundaryNarrow(&boundary)) && boundary == generatedBoundary_;
+  return SUCCEEDED(BoundaryNarrow(&boundary)) && boundary == extras_->generatedBoundary;
 }
 
 HRESULT MessageParameter::RegenerateBoundary(std::string* out) {
-  HRESULT hr = CreateBoundary(generatedN_, nullptr);
+  HRESULT hr = CreateBoundary(extras_ ? extras_->generatedN : 0, nullptr);
   if (FAILED(hr)) return hr;
   return BoundaryNarrow(out);
 }

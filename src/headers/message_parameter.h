@@ -12,6 +12,7 @@
 #ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
 #define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -67,7 +68,7 @@ class MessageParameter final
   std::string_view firstValue() const { return values_.empty() ? std::string_view() : values_.front(); }
   const WString& decodedText() {
     FlushDecode();
-    return decoded_;
+    return Extras().decoded;
   }
   // The content-type and disposition state: codes, names, disposition type.
   const ContentState& content() const { return content_; }
@@ -147,14 +148,22 @@ class MessageParameter final
   // Whether a caller may hold the charset (then decodes run at once).
   bool charsetShared_ = false;
   std::string name_;
-  WString decoded_;
   std::vector<std::string> values_;
   LONG defaultCodePage_;
   LONG defaultEncoding_ = 0;
   ContentState content_;
-  // The last boundary CreateBoundary made, and its `n`.
-  std::string generatedBoundary_;
-  LONG generatedN_ = 0;
+  // What most fields never need, made on first use: the decoded text, and
+  // the last boundary CreateBoundary made with its `n`.
+  struct FieldExtras {
+    WString decoded;
+    std::string generatedBoundary;
+    LONG generatedN = 0;
+  };
+  FieldExtras& Extras() {
+    if (!extras_) extras_ = std::make_unique<FieldExtras>();
+    return *extras_;
+  }
+  std::unique_ptr<FieldExtras> extras_;
   // How many values the field held before the last deferred chaining.
   size_t valuesBeforeLastChain_ = 0;
   bool chainPending_ = false;
