@@ -134,7 +134,10 @@ ComPtr<T> ImplOf(IUnknown* p) {
   if (p == nullptr) return nullptr;
   void* core = nullptr;
   if (FAILED(p->QueryInterface(kIidObjectCore, &core)) || core == nullptr) return nullptr;
-  return ComPtr<T>(dynamic_cast<T*>(static_cast<ObjectCore*>(core)));
+  auto* object = static_cast<ObjectCore*>(core);
+  if (T* own = dynamic_cast<T*>(object)) return ComPtr<T>::Adopt(own);
+  ReleaseObjectCore(object);  // ours, of another class
+  return nullptr;
 }
 
 }  // namespace pv

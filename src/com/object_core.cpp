@@ -22,7 +22,10 @@ HRESULT ObjectCore::Inner::QueryInterface(REFIID riid, void** ppv) {
     return S_OK;
   }
   if (IsEqualIID(riid, kIidObjectCore)) {
-    *ppv = owner_;  // borrowed: see kIidObjectCore
+    // Counted like every interface: on the controlling unknown, which the
+    // object's own interfaces use too.
+    *ppv = owner_;
+    owner_->controlling_->AddRef();
     return S_OK;
   }
   IUnknown* itf = owner_->InterfaceFor(riid);
@@ -31,6 +34,8 @@ HRESULT ObjectCore::Inner::QueryInterface(REFIID riid, void** ppv) {
   itf->AddRef();
   return S_OK;
 }
+
+void ReleaseObjectCore(ObjectCore* core) { core->ControllingUnknown()->Release(); }
 
 ULONG ObjectCore::Inner::AddRef() { return ++owner_->refs_; }
 

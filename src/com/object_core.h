@@ -9,9 +9,13 @@
 namespace pv {
 
 // Private identifier through which the library reaches its own objects:
-// QueryInterface with it yields the ObjectCore *without* a new reference
-// (the caller already holds one through the pointer it asked).
+// QueryInterface with it yields the ObjectCore with a new reference on the
+// controlling unknown, like any interface (see ImplOf).
 extern const IID kIidObjectCore;
+
+class ObjectCore;
+// Gives back the reference that QueryInterface with kIidObjectCore took.
+void ReleaseObjectCore(ObjectCore* core);
 
 class ObjectCore {
  public:
