@@ -8,6 +8,7 @@
 #include "src/headers/content_type_codes.h"
 #include "src/message/message_parser.h"
 #include "src/message/message_parser_util.h"
+#include "src/mime/mime_part_fields.h"
 #include "src/platform/codepage.h"
 #include "src/platform/content_types.h"
 #include "src/platform/split_path.h"
@@ -55,7 +56,7 @@ void MessageParser::RootContentCodes(LONG* type, LONG* subtype) {
   *type = kTypeText;
   *subtype = kSubtypePlain;
   if (IsMimeMessage() != S_OK) return;
-  ContentCodesOf(FindPartField(root_.get(), "Content-Type").get(), type, subtype);
+  TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), type, subtype);
 }
 
 // ---------------------------------------------------------------- forwards to the root part
@@ -89,7 +90,7 @@ HRESULT MessageParser::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
   return Guard([&] {
     LONG type = kTypeText;
     LONG subtype = kSubtypePlain;
-    ContentCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &subtype);
+    TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &subtype);
     if (type == kTypeMultipart) return SUCCEEDED(root_->FindPartBySubType(nSubType, ppPart)) ? S_OK : E_FAIL;
     if (subtype != nSubType) return E_FAIL;
     if (HasAttachmentDisposition(root_.get())) return E_FAIL;
@@ -330,7 +331,7 @@ HRESULT MessageParser::PutBody(BSTR value, LONG subtype, std::string_view conten
     }
     LONG type = kTypeText;
     LONG rootSubtype = kSubtypePlain;
-    ContentCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &rootSubtype);
+    TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &rootSubtype);
     if (type != kTypeMultipart) root_->ConvertToMultipart(kSubtypeAlternative);
     ComPtr<IEMSMimeParts> children;
     if (SUCCEEDED(root_->get_MimeParts(children.put())) && children) children->AddPart(part.get());

@@ -43,37 +43,6 @@ HRESULT DataObjectFromText(WStringView text, ComPtr<IEMSDataObject>* out) {
   return MakeDataObject(std::move(bytes), out);
 }
 
-ComPtr<IEMSMessageParameter> FindPartField(IEMSMimePart* part, std::string_view name) {
-  ComPtr<IEMSMessageParameter> field;
-  if (part == nullptr) return field;
-  Bstr wide = FixedName(name);
-  if (FAILED(part->FindHeader(wide.get(), field.put()))) field = nullptr;
-  return field;
-}
-
-void ContentCodesOf(IEMSMessageParameter* contentType, LONG* type, LONG* subtype) {
-  *type = kTypeText;
-  *subtype = kSubtypePlain;
-  ComPtr<IEMSContentType> state;
-  if (contentType == nullptr || FAILED(contentType->QueryInterface(IID_IEMSContentType, state.put_void())) ||
-      !state) {
-    return;
-  }
-  state->get_MimeType(type);
-  state->get_MimeSubType(subtype);
-}
-
-bool HasAttachmentDisposition(IEMSMimePart* part) {
-  ComPtr<IEMSMessageParameter> field = FindPartField(part, "Content-Disposition");
-  ComPtr<IEMSContentDisposition> state;
-  if (!field || FAILED(field->QueryInterface(IID_IEMSContentDisposition, state.put_void())) || !state) {
-    return false;
-  }
-  Bstr type;
-  state->get_DispositionType(type.put());
-  return EqualsIgnoreCaseAscii(type.view(), WidenAscii("attachment"));
-}
-
 ComPtr<IEMSContentType> CreateContentType(IEMSMimePart* part, std::string_view type) {
   ComPtr<IEMSMessageParameter> field;
   Bstr name = FixedName("Content-Type");

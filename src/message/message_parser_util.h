@@ -1,6 +1,6 @@
 // Small helpers of the message object: fixed names as wide strings, text
-// in and out of data objects, and the content state of a part's fields as
-// the message reads it.
+// in and out of data objects, and the content type of a new part. (A part's
+// fields are read with the part's own helpers, src/mime/mime_part_fields.h.)
 #ifndef PARCELVANE_SRC_MESSAGE_MESSAGE_PARSER_UTIL_H
 #define PARCELVANE_SRC_MESSAGE_MESSAGE_PARSER_UTIL_H
 
@@ -30,17 +30,6 @@ HRESULT ReturnCodePageText(UINT codePage, std::string_view bytes, BSTR* out);
 // page. An empty text leaves the object without an array, as the array
 // conversion of nothing fails.
 HRESULT DataObjectFromText(WStringView text, ComPtr<IEMSDataObject>* out);
-
-// The field `name` of a part's header list (FindHeader), or null.
-ComPtr<IEMSMessageParameter> FindPartField(IEMSMimePart* part, std::string_view name);
-
-// The type and subtype codes of a "Content-Type" field through its content
-// state; text (6) and plain (18) when the field or that state is missing.
-void ContentCodesOf(IEMSMessageParameter* contentType, LONG* type, LONG* subtype);
-
-// Whether a part's "Content-Disposition" has the disposition type
-// "attachment", compared without regard to case.
-bool HasAttachmentDisposition(IEMSMimePart* part);
 
 // The "Content-Type" field of `part` (CreateHeader: the existing field or a
 // new one) set by ContentType put to `type`; null when the field or its

@@ -3,6 +3,7 @@
 #include "src/headers/content_type_codes.h"
 #include "src/headers/message_parameter.h"
 #include "src/headers/message_parameters.h"
+#include "src/mime/mime_part.h"
 #include "src/platform/codepage.h"
 
 namespace pv {
@@ -43,16 +44,32 @@ bool FieldContentCodes(IEMSMessageParameter* field, LONG* type, LONG* subtype) {
   return true;
 }
 
-void PartContentCodes(IEMSMessageParameters* list, LONG* type, LONG* subtype) {
+void TypeCodesOf(IEMSMessageParameter* contentType, LONG* type, LONG* subtype) {
   *type = kTypeText;
   *subtype = kSubtypePlain;
-  ComPtr<IEMSMessageParameter> field = FieldByName(list, "Content-Type");
   LONG t = 0;
   LONG s = 0;
-  if (FieldContentCodes(field.get(), &t, &s)) {
+  if (FieldContentCodes(contentType, &t, &s)) {
     *type = t;
     *subtype = s;
   }
+}
+
+void PartContentCodes(IEMSMessageParameters* list, LONG* type, LONG* subtype) {
+  TypeCodesOf(FieldByName(list, "Content-Type").get(), type, subtype);
+}
+
+ComPtr<IEMSMessageParameter> FindPartField(IEMSMimePart* part, std::string_view name) {
+  if (part == nullptr) return nullptr;
+  if (ComPtr<MimePart> own = ImplOf<MimePart>(part)) return FieldByName(own->headers(), name);
+  Bstr wide(AnsiToWide(name));
+  ComPtr<IEMSMessageParameter> field;
+  if (FAILED(part->FindHeader(wide.get(), field.put()))) field = nullptr;
+  return field;
+}
+
+bool HasAttachmentDisposition(IEMSMimePart* part) {
+  return IsAttachmentDisposition(FindPartField(part, "Content-Disposition").get());
 }
 
 std::string BoundaryOf(IEMSMessageParameter* field) {

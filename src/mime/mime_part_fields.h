@@ -23,9 +23,20 @@ HRESULT CreateField(IEMSMessageParameters* list, std::string_view name, ComPtr<I
 // has no content-type state to read).
 bool FieldContentCodes(IEMSMessageParameter* field, LONG* type, LONG* subtype);
 
+// The content-type codes of a "Content-Type" field: text (6) and plain (18)
+// when the field is missing or yields none.
+void TypeCodesOf(IEMSMessageParameter* contentType, LONG* type, LONG* subtype);
+
 // A part's content-type codes: those of its "Content-Type" field, or text
 // (6) and plain (18) without one.
 void PartContentCodes(IEMSMessageParameters* list, LONG* type, LONG* subtype);
+
+// The field `name` of a part's header list (its FindHeader), or null.
+ComPtr<IEMSMessageParameter> FindPartField(IEMSMimePart* part, std::string_view name);
+
+// Whether a part's "Content-Disposition" has the disposition type
+// "attachment", compared without regard to case.
+bool HasAttachmentDisposition(IEMSMimePart* part);
 
 // The raw value of the field's "boundary" parameter; empty without one.
 std::string BoundaryOf(IEMSMessageParameter* field);

@@ -132,15 +132,15 @@ PartTreeParser::ChildResult PartTreeParser::ParseChild(MimePart* child, IEMSData
   const size_t bodyBegin = begin + headerLength + 4;
   if (bodyBegin < end) {
     ComPtr<IEMSDataObject> body;
-    if (FAILED(SpanOf(parentBody, bodyBegin, end, &body))) return ChildResult::kCloneFailed;
+    if (FAILED(CloneSpan(parentBody, bodyBegin, end, &body))) return ChildResult::kCloneFailed;
     child->SetBody(body);
     StoreBody(child, body.get(), bodyBegin, end);
   }
   return ChildResult::kParsed;
 }
 
-HRESULT PartTreeParser::SpanOf(IEMSDataObject* source, size_t begin, size_t end,
-                               ComPtr<IEMSDataObject>* out) {
+HRESULT PartTreeParser::CloneSpan(IEMSDataObject* source, size_t begin, size_t end,
+                                  ComPtr<IEMSDataObject>* out) {
   if (!ownStore_)
     return CloneDataSpan(source, static_cast<ULONG>(begin), static_cast<ULONG>(end - begin), out);
   ComPtr<DataObject> clone;

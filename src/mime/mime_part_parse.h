@@ -51,7 +51,7 @@ class PartTreeParser {
   void Split(SplitJob& job);
   ChildResult ParseChild(MimePart* child, IEMSDataObject* parentBody, size_t begin, size_t end);
   // A clone of `source` selecting [begin, end) of the buffer.
-  HRESULT SpanOf(IEMSDataObject* source, size_t begin, size_t end, ComPtr<IEMSDataObject>* out);
+  HRESULT CloneSpan(IEMSDataObject* source, size_t begin, size_t end, ComPtr<IEMSDataObject>* out);
 
   IEMSDataObject* rootObject_;
   DataBytes root_;
