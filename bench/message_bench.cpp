@@ -16,6 +16,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/corpus.h"
+#include "bench/resident_memory.h"
 #include "parcelvane/parcelvane.h"
 #include "src/data/data_access.h"
 #include "src/platform/strings.h"
@@ -24,23 +26,8 @@
 namespace pv {
 namespace {
 
-// ---------------------------------------------------------------- resident memory
-long StatusKb(const char* key) {
-  std::ifstream status("/proc/self/status");
-  std::string line;
-  size_t keyLength = std::strlen(key);
-  while (std::getline(status, line)) {
-    if (line.compare(0, keyLength, key) == 0) return std::atol(line.c_str() + keyLength);
-  }
-  return -1;
-}
-
-void ResetPeak() {
-  if (std::FILE* f = std::fopen("/proc/self/clear_refs", "w")) {
-    std::fputs("5", f);
-    std::fclose(f);
-  }
-}
+using bench::ResetPeak;
+using bench::StatusKb;
 
 // ---------------------------------------------------------------- messages
 ComPtr<IEMSMessageParser> NewMessage() {
@@ -51,18 +38,9 @@ ComPtr<IEMSMessageParser> NewMessage() {
 
 std::vector<std::string> CorpusMessages() {
   std::vector<std::string> messages;
-  std::string dir = std::string(PARCELVANE_SHARED_DIR) + "/corpus";
-  DIR* d = opendir(dir.c_str());
-  if (d == nullptr) return messages;
-  while (dirent* entry = readdir(d)) {
-    std::string name = entry->d_name;
-    if (name.size() < 4 || name.compare(name.size() - 4, 4, ".eml") != 0) continue;
-    std::ifstream in(dir + "/" + name, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    messages.push_back(bytes.str());
+  for (auto& message : bench::LoadCorpus(std::string(PARCELVANE_SHARED_DIR) + "/corpus")) {
+    messages.push_back(std::move(message.bytes));
   }
-  closedir(d);
   return messages;
 }
 

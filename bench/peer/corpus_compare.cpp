@@ -26,7 +26,8 @@
 
 #include "bench/peer/mimetic_peer.h"
 #include "bench/peer/parcelvane_peer.h"
-#include "bench/peer/resident_memory.h"
+#include "bench/corpus.h"
+#include "bench/resident_memory.h"
 
 namespace pv::bench {
 namespace {
@@ -42,28 +43,8 @@ struct Options {
   std::string corpus = std::string(PARCELVANE_SHARED_DIR) + "/corpus";
 };
 
-struct Message {
-  std::string name;
-  std::string bytes;
-};
-
-std::vector<Message> LoadCorpus(const std::string& dir) {
-  std::vector<Message> messages;
-  DIR* d = opendir(dir.c_str());
-  if (d == nullptr) return messages;
-  while (dirent* entry = readdir(d)) {
-    std::string name = entry->d_name;
-    if (name.size() < 4 || name.compare(name.size() - 4, 4, ".eml") != 0) continue;
-    std::ifstream in(dir + "/" + name, std::ios::binary);
-    std::ostringstream bytes;
-    bytes << in.rdbuf();
-    messages.push_back({name, bytes.str()});
-  }
-  closedir(d);
-  std::sort(messages.begin(), messages.end(),
-            [](const Message& a, const Message& b) { return a.name < b.name; });
-  return messages;
-}
+using Message = bench::CorpusMessage;
+using bench::LoadCorpus;
 
 struct MessageSet {
   std::string label;

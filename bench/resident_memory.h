@@ -1,8 +1,8 @@
 // The process's resident memory, and a measurement taken in a child
 // process so that what one library leaves in the allocator does not lower
 // the next one's figure.
-#ifndef PARCELVANE_BENCH_PEER_RESIDENT_MEMORY_H
-#define PARCELVANE_BENCH_PEER_RESIDENT_MEMORY_H
+#ifndef PARCELVANE_BENCH_RESIDENT_MEMORY_H
+#define PARCELVANE_BENCH_RESIDENT_MEMORY_H
 
 #include <malloc.h>
 #include <sys/wait.h>
@@ -75,4 +75,4 @@ ChildFigures InChild(Measure&& measure) {
 
 }  // namespace pv::bench
 
-#endif  // PARCELVANE_BENCH_PEER_RESIDENT_MEMORY_H
+#endif  // PARCELVANE_BENCH_RESIDENT_MEMORY_H
