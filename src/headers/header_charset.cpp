@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/headers/header_charset.h"
 
 #include <algorithm>
@@ -541,26 +542,7 @@ HRESULT HeaderCharset::get_HeaderCodePage(LONG* pVal) {
   return S_OK;
 }
 
-HRESULT HeaderCharset::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
-}
-
-HRESULT HeaderCharset::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
-}
-
-HRESULT HeaderCharset::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
-}
-
-HRESULT HeaderCharset::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
-}
+PV_STORED_PROPERTY(HeaderCharset, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(HeaderCharset, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

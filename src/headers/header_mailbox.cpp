@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/headers/header_mailbox.h"
 
 #include "src/headers/header_charset.h"
@@ -127,26 +128,7 @@ HRESULT HeaderMailbox::put_Name(BSTR newVal) {
   });
 }
 
-HRESULT HeaderMailbox::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
-}
-
-HRESULT HeaderMailbox::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
-}
-
-HRESULT HeaderMailbox::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
-}
-
-HRESULT HeaderMailbox::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
-}
+PV_STORED_PROPERTY(HeaderMailbox, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(HeaderMailbox, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/headers/header_mailboxes.h"
 
 #include "src/headers/mailbox_text.h"
@@ -224,26 +225,7 @@ HRESULT HeaderMailboxes::put_EncodedMailbox(LONG nIdx, BSTR newVal) {
   return Guard([&] { return SetEncodedMailbox(nIdx, View(newVal)); });
 }
 
-HRESULT HeaderMailboxes::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
-}
-
-HRESULT HeaderMailboxes::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
-}
-
-HRESULT HeaderMailboxes::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
-}
-
-HRESULT HeaderMailboxes::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
-}
+PV_STORED_PROPERTY(HeaderMailboxes, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(HeaderMailboxes, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

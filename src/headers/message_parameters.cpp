@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/headers/message_parameters.h"
 
 #include <limits>
@@ -344,32 +345,13 @@ HRESULT MessageParameters::get_ParamCount(LONG* pVal) {
   return S_OK;
 }
 
-HRESULT MessageParameters::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
-}
-
-HRESULT MessageParameters::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
-}
-
-HRESULT MessageParameters::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
-}
-
-HRESULT MessageParameters::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
-}
-
 // ---------------------------------------------------------------- the library's own entry points
 ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) const {
   size_t at = IndexedPosition(NameKey(ansiName));
   return at == kNotIndexed ? nullptr : fields_[at];
 }
+
+PV_STORED_PROPERTY(MessageParameters, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(MessageParameters, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

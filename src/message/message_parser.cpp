@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/message/message_parser.h"
 
 #include "src/message/message_parser_util.h"
@@ -161,26 +162,13 @@ HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
 // ---------------------------------------------------------------- code pages and encodings
 // Plain stores: a new default code page or encoding reaches the header list
 // and the root part only at the next reset, parse or body store.
-#define PV_MESSAGE_NUMBER_PROPERTY(Name, member)   \
-  HRESULT MessageParser::put_##Name(LONG newVal) { \
-    member = newVal;                               \
-    return S_OK;                                   \
-  }                                                \
-  HRESULT MessageParser::get_##Name(LONG* pVal) {  \
-    if (pVal == nullptr) return E_POINTER;         \
-    *pVal = member;                                \
-    return S_OK;                                   \
-  }
-
-PV_MESSAGE_NUMBER_PROPERTY(DefaultCodePage, defaultCodePage_)
-PV_MESSAGE_NUMBER_PROPERTY(DefaultEncoding, defaultEncoding_)
-PV_MESSAGE_NUMBER_PROPERTY(TextCodePage, textCodePage_)
-PV_MESSAGE_NUMBER_PROPERTY(HtmlCodePage, htmlCodePage_)
-PV_MESSAGE_NUMBER_PROPERTY(TextEncoding, textEncoding_)
-PV_MESSAGE_NUMBER_PROPERTY(HtmlEncoding, htmlEncoding_)
-PV_MESSAGE_NUMBER_PROPERTY(AttachEncoding, attachEncoding_)
-PV_MESSAGE_NUMBER_PROPERTY(AttachHeaderEncoding, attachHeaderEncoding_)
-
-#undef PV_MESSAGE_NUMBER_PROPERTY
+PV_STORED_PROPERTY(MessageParser, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(MessageParser, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY(MessageParser, TextCodePage, textCodePage_)
+PV_STORED_PROPERTY(MessageParser, HtmlCodePage, htmlCodePage_)
+PV_STORED_PROPERTY(MessageParser, TextEncoding, textEncoding_)
+PV_STORED_PROPERTY(MessageParser, HtmlEncoding, htmlEncoding_)
+PV_STORED_PROPERTY(MessageParser, AttachEncoding, attachEncoding_)
+PV_STORED_PROPERTY(MessageParser, AttachHeaderEncoding, attachHeaderEncoding_)
 
 }  // namespace pv

@@ -1,3 +1,4 @@
+#include "src/com/stored_property.h"
 #include "src/mime/mime_part.h"
 
 #include "src/data/data_access.h"
@@ -118,28 +119,6 @@ HRESULT MimePart::put_MimeParts(IEMSMimeParts* pVal) {
 }
 
 // ---------------------------------------------------------------- plain properties
-HRESULT MimePart::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
-}
-
-HRESULT MimePart::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
-}
-
-HRESULT MimePart::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
-}
-
-HRESULT MimePart::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
-}
-
 HRESULT MimePart::get_DefaultHeaderEncoding(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
   *pVal = defaultHeaderEncoding_;
@@ -161,5 +140,8 @@ HRESULT MimePart::put_IsAttachPart(LONG newVal) {
   attach_ = newVal;
   return S_OK;
 }
+
+PV_STORED_PROPERTY(MimePart, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY(MimePart, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv
