@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstring>
+#include <utility>
 
 #include "src/com_error.h"
 #include "src/dispatch_object.h"
@@ -150,18 +151,21 @@ IEMSDataObject* NewDataObjectFromBytes(const void* bytes, size_t size) {
   return data;
 }
 
-IEMSDataObject* NewDataObject(py::handle buffer) {
-  py::buffer_info info = py::reinterpret_borrow<py::buffer>(buffer).request();
-  py::bytes copy;
-  const void* bytes = info.ptr;
-  size_t size = static_cast<size_t>(info.size * info.itemsize);
+// The bytes of a bytes-like object, in order; a strided view is copied
+// into `copy` first.
+std::pair<const void*, size_t> ContiguousBytes(py::handle buffer, py::bytes* copy) {
   if (PyMemoryView_Check(buffer.ptr()) && !PyBuffer_IsContiguous(PyMemoryView_GET_BUFFER(buffer.ptr()), 'C')) {
-    // A strided view: its bytes in order.
-    copy = py::reinterpret_steal<py::bytes>(PyObject_CallMethod(buffer.ptr(), "tobytes", nullptr));
-    if (!copy) throw py::error_already_set();
-    bytes = PyBytes_AS_STRING(copy.ptr());
-    size = static_cast<size_t>(PyBytes_GET_SIZE(copy.ptr()));
+    *copy = py::reinterpret_steal<py::bytes>(PyObject_CallMethod(buffer.ptr(), "tobytes", nullptr));
+    if (!*copy) throw py::error_already_set();
+    return {PyBytes_AS_STRING(copy->ptr()), static_cast<size_t>(PyBytes_GET_SIZE(copy->ptr()))};
   }
+  py::buffer_info info = py::reinterpret_borrow<py::buffer>(buffer).request();
+  return {info.ptr, static_cast<size_t>(info.size * info.itemsize)};
+}
+
+IEMSDataObject* NewDataObject(py::handle buffer) {
+  py::bytes copy;
+  const auto [bytes, size] = ContiguousBytes(buffer, &copy);
   return NewDataObjectFromBytes(bytes, size);
 }
 
@@ -237,8 +241,9 @@ void ToVariant(py::handle value, const Param* param, const std::string& where, V
   }
   if (IsBytesLike(value)) {
     if (type == ValueType::kVariant) {
-      py::buffer_info info = py::reinterpret_borrow<py::buffer>(value).request();
-      out->parray = ByteArray(info.ptr, static_cast<size_t>(info.size * info.itemsize));
+      py::bytes copy;
+      const auto [bytes, size] = ContiguousBytes(value, &copy);
+      out->parray = ByteArray(bytes, size);
       out->vt = VT_ARRAY | VT_UI1;
       return;
     }
