@@ -309,6 +309,13 @@ class Message:
 
     @property
     def is_multipart(self) -> bool:
+        """True when the root part is a multipart."""
+        parts = self._parsed().parts()
+        return bool(parts) and parts[0].content_type.startswith("multipart/")
+
+    @property
+    def is_mime(self) -> bool:
+        """True when the message has a root part and no plain body (a MIME message)."""
         return self._parsed().is_mime()
 
     @property
