@@ -28,6 +28,7 @@ constexpr LONG kUtf8 = 65001;
 constexpr LONG kHeaderEncodingB = 2;
 constexpr LONG kHeaderEncodingAuto = 3;
 constexpr LONG kTransferNone = 0;
+constexpr LONG kQuotedPrintable = 1;
 constexpr LONG kBase64 = 2;
 constexpr LONG kSubtypeMixed = 10;
 constexpr size_t kMaxPlainName = 60;
@@ -168,11 +169,18 @@ py::bytes Compose(const py::dict& r) {
   for (const auto& [name, value] : r["headers"].cast<Addresses>()) {
     Check(m->put_HeaderString(Bstr(name).get(), Bstr(value).get()), "EMSMessageParser.HeaderString");
   }
+  // Quoted-printable keeps every text exact: the library writes each line
+  // break as =0D=0A and ends the body with a line break of its own, which
+  // belongs to the next delimiter line and which the reader drops.
+  m->put_TextEncoding(kQuotedPrintable);
+  m->put_HtmlEncoding(kQuotedPrintable);
   if (!r["text"].is_none()) {
-    Check(m->put_TextBody(Bstr(pvtool::BareLfToCrLf(r["text"].cast<std::string>())).get()), "EMSMessageParser.TextBody");
+    Check(m->put_TextBody(Bstr(pvtool::BareLfToCrLf(r["text"].cast<std::string>())).get()),
+          "EMSMessageParser.TextBody");
   }
   if (!r["html"].is_none()) {
-    Check(m->put_HTMLBody(Bstr(pvtool::BareLfToCrLf(r["html"].cast<std::string>())).get()), "EMSMessageParser.HTMLBody");
+    Check(m->put_HTMLBody(Bstr(pvtool::BareLfToCrLf(r["html"].cast<std::string>())).get()),
+          "EMSMessageParser.HTMLBody");
   }
   for (py::handle item : r["attachments"]) {
     py::tuple attachment = py::reinterpret_borrow<py::tuple>(item);

@@ -25,6 +25,24 @@ std::string Lower(std::string text) {
   return text;
 }
 
+// The library reads raw 8-bit header text in a single-byte page; the
+// command repairs what was raw UTF-8 (see RepairRawUtf8). Text that came
+// from encoded words or a declared charset is exact and is left alone, so
+// that every value composed reads back unchanged.
+bool HasEightBit(const pvtool::U16String& text) {
+  for (char16_t c : text) {
+    if (c >= 0x80) return true;
+  }
+  return false;
+}
+
+std::string Readable(const Bstr& text, bool repair) { return repair ? pvtool::DisplayText(text) : text.utf8(); }
+
+std::string FirstOccurrence(const std::string& joined) { return joined.substr(0, joined.find("\r\n\r\n")); }
+
+constexpr LONG kSubtypePlain = 18;
+constexpr LONG kSubtypeHtml = 8;
+
 // Text for Python: line ends as Python text writes them.
 py::str PythonText(const std::string& utf8) {
   std::string text;
@@ -53,9 +71,10 @@ bool FindParameter(IEMSMimePart* part, const char* field_name, const char* name,
     Bstr attribute_name;
     attribute->get_Name(attribute_name.put());
     if (attribute_name.utf8() != name) continue;
-    Bstr text;
+    Bstr raw, text;
+    attribute->get_RawValue(raw.put());
     attribute->get_DecodedValue(text.put());
-    *value = pvtool::DisplayText(text);
+    *value = Readable(text, HasEightBit(raw.wide()));
     return true;
   }
   return false;
@@ -137,10 +156,27 @@ class PartCore {
     return SpanBytes(data.get());
   }
 
-  py::object text() {
+  py::object text() { return PythonText(Text(part_.get(), depth_ > 0)); }
+
+  // The decoded text of a part: raw UTF-8 repaired only when no charset is
+  // declared. Inside a multipart, the line break before the next delimiter
+  // line belongs to the delimiter, not to a text that is not base64.
+  static std::string Text(IEMSMimePart* part, bool in_multipart) {
     Bstr body;
-    if (FAILED(part_->get_DecodedBody(body.put()))) return py::str("");
-    return PythonText(pvtool::DisplayText(body));
+    if (FAILED(part->get_DecodedBody(body.put()))) return "";
+    std::string charset;
+    std::string text = Readable(body, !FindParameter(part, "Content-Type", "charset", &charset));
+    if (in_multipart && text.size() >= 2 && text.compare(text.size() - 2, 2, "\r\n") == 0) {
+      Ref<IEMSMessageParameter> encoding;
+      std::string name;
+      if (SUCCEEDED(part->FindHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put())) && encoding) {
+        Bstr value;
+        encoding->get_DecodedData(value.put());
+        name = Lower(pvtool::UnfoldValue(value.utf8()));
+      }
+      if (name != "base64") text.resize(text.size() - 2);
+    }
+    return text;
   }
 
   py::bytes raw_body() {
@@ -210,12 +246,78 @@ class MessageCore {
     }
   }
 
-  py::str subject() const { return PythonText(view_.Subject()); }
-  std::pair<std::string, std::string> sender() const {
-    const pvtool::MailboxInfo sender = view_.Sender();
-    return {sender.name, sender.address};
+  py::str subject() const {
+    Bstr subject;
+    view_.get()->get_Subject(subject.put());
+    return PythonText(FirstOccurrence(Readable(subject, RawHasEightBit("Subject"))));
   }
-  py::object addresses(const std::string& field) const { return AddressEntries(view_.Addresses(field.c_str())); }
+
+  // The sender as the library gives it, unless From holds a group: then
+  // the group's first member, or for an empty group its name.
+  std::pair<std::string, std::string> sender() const {
+    const std::vector<pvtool::AddressInfo> from = Addresses("From");
+    if (!pvtool::HasGroup(from)) {
+      const bool repair = RawHasEightBit("From");
+      Bstr name, address;
+      view_.get()->get_SenderName(name.put());
+      view_.get()->get_SenderEmail(address.put());
+      return {Readable(name, repair), Readable(address, repair)};
+    }
+    if (from[0].mailboxes.empty()) return {from[0].group_name, std::string()};
+    return {from[0].mailboxes[0].name, from[0].mailboxes[0].address};
+  }
+
+  py::object addresses(const std::string& field) const { return AddressEntries(Addresses(field.c_str())); }
+
+  // The entries of an address field: the field is split by the command's
+  // rules, groups included, and each mailbox read by the library.
+  std::vector<pvtool::AddressInfo> Addresses(const char* field_name) const {
+    std::vector<pvtool::AddressInfo> entries;
+    Ref<IEMSHeaderMailboxes> list;
+    if (FAILED(PvCreateInstance(CLSID_EMSHeaderMailboxes, nullptr, IID_IEMSHeaderMailboxes,
+                                reinterpret_cast<void**>(list.put())))) {
+      return entries;
+    }
+    const bool repair = RawHasEightBit(field_name);
+    auto read = [&](const std::string& piece, pvtool::MailboxInfo* mailbox) {
+      Bstr name, address;
+      if (FAILED(list->ParseMailboxes(Bstr(piece).get(), 1))) return false;
+      list->get_MailboxName(0, name.put());
+      list->get_MailboxAddress(0, address.put());
+      mailbox->name = Readable(name, repair);
+      mailbox->address = Readable(address, repair);
+      return !mailbox->name.empty() || !mailbox->address.empty();
+    };
+    for (const pvtool::AddressPieces& pieces : pvtool::SplitAddressList(pvtool::UnfoldValue(RawField(field_name)))) {
+      pvtool::AddressInfo entry;
+      entry.group = pieces.group;
+      if (pieces.group) {
+        // A group name is a phrase: read it as the name of a mailbox.
+        pvtool::MailboxInfo named;
+        if (read(pieces.group_name + " <group@invalid>", &named)) entry.group_name = named.name;
+        if (entry.group_name.empty()) entry.group_name = pieces.group_name;
+      }
+      for (const std::string& piece : pieces.members) {
+        pvtool::MailboxInfo mailbox;
+        if (read(piece, &mailbox)) entry.mailboxes.push_back(std::move(mailbox));
+      }
+      if (entry.group || !entry.mailboxes.empty()) entries.push_back(std::move(entry));
+    }
+    return entries;
+  }
+
+  std::string RawField(const char* name) const {
+    Bstr value;
+    view_.get()->get_HeaderString(Bstr(name).get(), value.put());
+    return value.utf8();
+  }
+
+  bool RawHasEightBit(const char* name) const {
+    Bstr value;
+    view_.get()->get_HeaderString(Bstr(name).get(), value.put());
+    return HasEightBit(value.wide());
+  }
+
   std::string field(const std::string& name) const { return pvtool::UnfoldValue(view_.DecodedField(name.c_str())); }
   std::vector<std::pair<std::string, std::string>> headers() const {
     std::vector<std::pair<std::string, std::string>> lines;
@@ -254,15 +356,29 @@ class MessageCore {
     return SpanBytes(body.get());
   }
 
-  py::object text() const {
-    std::string utf8;
-    if (!view_.TextBody(&utf8)) return py::none();
-    return PythonText(utf8);
-  }
-  py::object html() const {
-    std::string utf8;
-    if (!view_.HtmlBody(&utf8)) return py::none();
-    return PythonText(utf8);
+  py::object text() const { return Body(kSubtypePlain); }
+  py::object html() const { return Body(kSubtypeHtml); }
+
+  // The text or HTML body: the first part of that subtype, as the
+  // library's TextBody and HTMLBody find it; a plain message's body is
+  // its text.
+  py::object Body(LONG subtype) const {
+    IEMSMessageParser* m = view_.get();
+    if (!view_.IsMime()) {
+      if (subtype != kSubtypePlain) return py::none();
+      std::string utf8;
+      if (!view_.TextBody(&utf8)) return py::none();
+      return PythonText(utf8);
+    }
+    Ref<IEMSMimePart> part;
+    if (FAILED(m->FindPartBySubType(subtype, part.put())) || !part) return py::none();
+    Ref<IEMSMimePart> root;
+    Ref<IEMSMimeParts> children;
+    LONG count = 0;
+    if (m->get_MimePart(root.put()) == S_OK && root && SUCCEEDED(root->get_MimeParts(children.put())) && children) {
+      children->get_PartsCount(&count);
+    }
+    return PythonText(PartCore::Text(part.get(), count > 0));
   }
   py::bytes assemble() const {
     Ref<IEMSDataObject> data;
