@@ -425,6 +425,21 @@ void DefineMessageCore(py::module_& module) {
       .def("assemble", &MessageCore::assemble)
       .def("dispatch", &MessageCore::dispatch);
   module.def("compose", &Compose, py::arg("request"));
+  module.def(
+      "prepare",
+      [](py::buffer data, bool crlf) {
+        // The bytes parse() hands to the library: what the command prepares.
+        py::buffer_info info = data.request();
+        std::string bytes(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
+        pvtool::LoadOptions options;
+        options.crlf = crlf;
+        try {
+          return py::bytes(pvtool::PrepareMessageBytes(std::move(bytes), options, "input"));
+        } catch (const pvtool::ToolError& error) {
+          throw py::value_error(error.what());
+        }
+      },
+      py::arg("data"), py::arg("crlf") = true);
   module.def("display_text", [](py::object text) {
     // The library's text made ready for display, as the command shows it.
     BSTR wide = NewBstr(text);
