@@ -28,7 +28,6 @@ constexpr LONG kUtf8 = 65001;
 constexpr LONG kHeaderEncodingB = 2;
 constexpr LONG kHeaderEncodingAuto = 3;
 constexpr LONG kTransferNone = 0;
-constexpr LONG kQuotedPrintable = 1;
 constexpr LONG kBase64 = 2;
 constexpr LONG kSubtypeMixed = 10;
 constexpr size_t kMaxPlainName = 60;
@@ -169,11 +168,11 @@ py::bytes Compose(const py::dict& r) {
   for (const auto& [name, value] : r["headers"].cast<Addresses>()) {
     Check(m->put_HeaderString(Bstr(name).get(), Bstr(value).get()), "EMSMessageParser.HeaderString");
   }
-  // Quoted-printable keeps every text exact: the library writes each line
-  // break as =0D=0A and ends the body with a line break of its own, which
-  // belongs to the next delimiter line and which the reader drops.
-  m->put_TextEncoding(kQuotedPrintable);
-  m->put_HtmlEncoding(kQuotedPrintable);
+  // Base64 keeps every text exact: the line break before a delimiter line
+  // stays out of the decoded text (the library's quoted-printable and 7bit
+  // bodies cannot tell a text's last line break from the delimiter's).
+  m->put_TextEncoding(kBase64);
+  m->put_HtmlEncoding(kBase64);
   if (!r["text"].is_none()) {
     Check(m->put_TextBody(Bstr(pvtool::BareLfToCrLf(r["text"].cast<std::string>())).get()),
           "EMSMessageParser.TextBody");

@@ -10,6 +10,7 @@
 #include "src/dispatch_object.h"
 #include "src/variant_convert.h"
 #include "tools/exit_codes.h"
+#include "tools/line_ends.h"
 #include "tools/mail_text.h"
 #include "tools/message_view.h"
 
@@ -78,6 +79,41 @@ bool FindParameter(IEMSMimePart* part, const char* field_name, const char* name,
     return true;
   }
   return false;
+}
+
+// Where the message starts in `bytes`, as the command prepares input: a
+// UTF-8 byte order mark, blank lines and an mbox "From " line are skipped,
+// except before a message without header fields (its own empty header).
+size_t MessageStart(std::string_view bytes, bool* empty_header) {
+  size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  const std::string_view rest = bytes.substr(start);
+  const size_t blanks = pvtool::LeadingBlankBytes(rest);
+  *empty_header = (rest.compare(0, 4, "\r\n\r\n") == 0 || rest.compare(0, 2, "\n\n") == 0) &&
+                  blanks < rest.size() && !pvtool::NotAMessageReason(rest.substr(blanks)).empty();
+  if (!*empty_header) start += blanks;
+  if (!*empty_header && bytes.compare(start, 5, "From ") == 0) {
+    const size_t line_end = bytes.find('\n', start);
+    start = line_end == std::string_view::npos ? bytes.size() : line_end + 1;
+    start += pvtool::LeadingBlankBytes(bytes.substr(start));
+  }
+  return start;
+}
+
+// The data object of a message to parse, prepared as the command prepares
+// it, with as few copies as the input allows: none but the library's own
+// when nothing is to be converted.
+Ref<IEMSDataObject> PreparedData(std::string_view input, bool crlf) {
+  bool empty_header = false;
+  std::string_view bytes = input.substr(MessageStart(input, &empty_header));
+  std::string converted;
+  if (crlf && pvtool::HasBareLf(bytes)) {
+    converted = pvtool::BareLfToCrLf(bytes);
+    bytes = converted;
+  }
+  if (bytes.size() > 0xFFFFFFFFull) throw py::value_error("input: larger than 4 GiB, too large for a message");
+  const std::string reason = empty_header ? std::string() : pvtool::NotAMessageReason(bytes);
+  if (!reason.empty()) throw py::value_error("input: not a message: it " + reason);
+  return pvtool::MakeData(bytes);
 }
 
 py::object WrapInterface(IUnknown* object) {
@@ -224,8 +260,7 @@ py::object AddressEntries(const std::vector<pvtool::AddressInfo>& entries) {
 
 class MessageCore {
  public:
-  MessageCore(Ref<IEMSMessageParser> message, std::string bytes)
-      : view_(std::move(message), std::move(bytes)) {
+  explicit MessageCore(Ref<IEMSMessageParser> message) : view_(std::move(message)) {
     CountCreated();
   }
   ~MessageCore() { CountDropped(); }
@@ -234,16 +269,15 @@ class MessageCore {
 
   static MessageCore* Parse(py::buffer data, bool crlf) {
     py::buffer_info info = data.request();
-    std::string bytes(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
-    try {
-      pvtool::LoadOptions options;
-      options.crlf = crlf;
-      std::string prepared = pvtool::PrepareMessageBytes(std::move(bytes), options, "input");
-      Ref<IEMSMessageParser> message = pvtool::ParseMessage(prepared);
-      return new MessageCore(std::move(message), std::move(prepared));
-    } catch (const pvtool::ToolError& error) {
-      throw py::value_error(error.what());
-    }
+    const std::string_view input(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
+    Ref<IEMSDataObject> prepared = PreparedData(input, crlf);
+    Ref<IEMSMessageParser> message;
+    HRESULT hr = PvCreateInstance(CLSID_EMSMessageParser, nullptr, IID_IEMSMessageParser,
+                                  reinterpret_cast<void**>(message.put()));
+    if (FAILED(hr)) ThrowComError(hr, "EMSMessageParser (creating)");
+    hr = message->ParseObject(prepared.get());
+    if (FAILED(hr)) ThrowComError(hr, "EMSMessageParser.ParseObject");
+    return new MessageCore(std::move(message));
   }
 
   py::str subject() const {
