@@ -2,6 +2,7 @@
 
 #include <pybind11/stl.h>
 
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
@@ -100,20 +101,60 @@ size_t MessageStart(std::string_view bytes, bool* empty_header) {
 }
 
 // The data object of a message to parse, prepared as the command prepares
-// it, with as few copies as the input allows: none but the library's own
-// when nothing is to be converted.
+// it, with as few copies as the library's entry allows: the bytes go
+// straight into the array handed to it, bare LFs turned into CR LF on the
+// way (each copy of a large message is paid again in fresh pages).
 Ref<IEMSDataObject> PreparedData(std::string_view input, bool crlf) {
   bool empty_header = false;
-  std::string_view bytes = input.substr(MessageStart(input, &empty_header));
-  std::string converted;
-  if (crlf && pvtool::HasBareLf(bytes)) {
-    converted = pvtool::BareLfToCrLf(bytes);
-    bytes = converted;
+  const std::string_view bytes = input.substr(MessageStart(input, &empty_header));
+  uint64_t bare = 0;
+  if (crlf) {
+    for (const char* p = bytes.data(); (p = static_cast<const char*>(std::memchr(p, '\n', bytes.data() + bytes.size() - p))) != nullptr; ++p) {
+      if (p == bytes.data() || p[-1] != '\r') ++bare;
+    }
   }
-  if (bytes.size() > 0xFFFFFFFFull) throw py::value_error("input: larger than 4 GiB, too large for a message");
+  const uint64_t size = bytes.size() + bare;
+  if (size > 0xFFFFFFFFull) throw py::value_error("input: larger than 4 GiB, too large for a message");
+  // The command's check looks at the first line and the header block only,
+  // where bare LFs do not change its answer.
   const std::string reason = empty_header ? std::string() : pvtool::NotAMessageReason(bytes);
   if (!reason.empty()) throw py::value_error("input: not a message: it " + reason);
-  return pvtool::MakeData(bytes);
+  SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(size));
+  if (array == nullptr) throw std::bad_alloc();
+  void* elements = nullptr;
+  if (FAILED(SafeArrayAccessData(array, &elements))) {
+    SafeArrayDestroy(array);
+    throw std::bad_alloc();
+  }
+  char* out = static_cast<char*>(elements);
+  if (bare == 0) {
+    if (!bytes.empty()) std::memcpy(out, bytes.data(), bytes.size());
+  } else {
+    size_t copied = 0;
+    for (size_t i = 0; i < bytes.size(); ++i) {
+      const char* lf = static_cast<const char*>(std::memchr(bytes.data() + i, '\n', bytes.size() - i));
+      if (lf == nullptr) break;
+      i = static_cast<size_t>(lf - bytes.data());
+      if (i > 0 && bytes[i - 1] == '\r') continue;
+      std::memcpy(out, bytes.data() + copied, i - copied);
+      out += i - copied;
+      *out++ = '\r';
+      *out++ = '\n';
+      copied = i + 1;
+    }
+    std::memcpy(out, bytes.data() + copied, bytes.size() - copied);
+  }
+  SafeArrayUnaccessData(array);
+  VARIANT v;
+  VariantInit(&v);
+  v.vt = VT_ARRAY | VT_UI1;
+  v.parray = array;
+  Ref<IEMSDataObject> data;
+  HRESULT hr = PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(data.put()));
+  if (SUCCEEDED(hr)) hr = data->put_Data(v);
+  VariantClear(&v);
+  if (FAILED(hr)) ThrowComError(hr, "EMSDataObject.Data (put)");
+  return data;
 }
 
 py::object WrapInterface(IUnknown* object) {
