@@ -35,3 +35,13 @@ def corpus_files():
     if not os.path.isdir(CORPUS):
         return []
     return sorted(os.path.join(CORPUS, n) for n in os.listdir(CORPUS) if n.endswith(".eml"))
+
+
+def run_tool(tool, *args):
+    """Runs the command. A sanitizer build links its runtime into the command itself, so the
+    runtime that the tests load into the interpreter (LD_PRELOAD) is not passed on."""
+    import subprocess
+
+    env = dict(os.environ)
+    env.pop("LD_PRELOAD", None)
+    return subprocess.run([tool, *args], capture_output=True, env=env)

@@ -10,7 +10,7 @@ import pytest
 import parcelvane
 from parcelvane import Dispatch, _native
 
-from conftest import corpus_files
+from conftest import corpus_files, run_tool
 
 FILES = corpus_files()
 pytestmark = pytest.mark.skipif(not FILES, reason="no message collection at ../shared/corpus")
@@ -69,7 +69,7 @@ def test_pythonic_layer_matches_late_bound_objects(path):
 
 @pytest.mark.parametrize("path", FILES, ids=[os.path.basename(f) for f in FILES])
 def test_tree_matches_show_json(tool, path):
-    result = subprocess.run([tool, "show", "--json", path], capture_output=True)
+    result = run_tool(tool, "show", "--json", path)
     if result.returncode == 4:
         with pytest.raises(ValueError):
             parcelvane.parse(path)

@@ -12,7 +12,7 @@ import pytest
 import parcelvane
 from parcelvane import Address, Group, Message, parse
 
-from conftest import SAMPLES, sample_bytes
+from conftest import SAMPLES, run_tool, sample_bytes
 
 PLAIN = b"From: Ann <ann@example.org>\nTo: bob@example.net\nSubject: hello\nDate: Mon, 2 Jun 2025 08:00:00 -0000\n\nline one\nline two\n"
 
@@ -232,7 +232,7 @@ def test_maildir(tmp_path):
                                   ["plain.eml"], ["unsafe-names.eml"]])
 def test_module_entry_prints_what_show_prints(tool, args):
     args = [os.path.join(SAMPLES, a) if a.endswith(".eml") else a for a in args]
-    expected = subprocess.run([tool, "show", *args], capture_output=True)
+    expected = run_tool(tool, "show", *args)
     got = subprocess.run([sys.executable, "-m", "parcelvane", *args], capture_output=True)
     assert got.stdout == expected.stdout
     assert got.stderr == expected.stderr
@@ -241,7 +241,7 @@ def test_module_entry_prints_what_show_prints(tool, args):
 
 def test_module_entry_errors(tool, tmp_path):
     missing = str(tmp_path / "missing.eml")
-    expected = subprocess.run([tool, "show", missing], capture_output=True)
+    expected = run_tool(tool, "show", missing)
     got = subprocess.run([sys.executable, "-m", "parcelvane", missing], capture_output=True)
     assert (got.returncode, got.stdout, got.stderr) == (expected.returncode, expected.stdout, expected.stderr)
     assert got.returncode == 3
