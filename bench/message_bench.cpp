@@ -19,7 +19,7 @@
 #include "parcelvane/parcelvane.h"
 #include "src/data/data_access.h"
 #include "src/platform/strings.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 namespace {

@@ -13,7 +13,7 @@
 #include "src/data/data_object.h"
 #include "src/mime/mime_part.h"
 #include "src/mime/transfer_codecs.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 namespace {

@@ -18,13 +18,13 @@ file(MAKE_DIRECTORY ${_tl_dir})
 add_custom_command(OUTPUT ${_make_idl}
   COMMAND ${PARCELVANE_HOST_CXX} -std=c++17 -O1
           -I${PROJECT_SOURCE_DIR}/include -I${PROJECT_SOURCE_DIR}
-          ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp ${PROJECT_SOURCE_DIR}/src/server/identifiers.cpp
-          ${PROJECT_SOURCE_DIR}/src/server/guid_text.cpp -o ${_make_idl}
+          ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp ${PROJECT_SOURCE_DIR}/src/com/identifiers.cpp
+          ${PROJECT_SOURCE_DIR}/src/com/guid_text.cpp -o ${_make_idl}
   DEPENDS ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp
-          ${PROJECT_SOURCE_DIR}/src/server/identifiers.cpp
-          ${PROJECT_SOURCE_DIR}/src/server/guid_text.cpp
-          ${PROJECT_SOURCE_DIR}/src/server/guid_text.h
-          ${PROJECT_SOURCE_DIR}/src/server/dispatch_ids.h
+          ${PROJECT_SOURCE_DIR}/src/com/identifiers.cpp
+          ${PROJECT_SOURCE_DIR}/src/com/guid_text.cpp
+          ${PROJECT_SOURCE_DIR}/src/com/guid_text.h
+          ${PROJECT_SOURCE_DIR}/src/com/dispatch_ids.h
           ${PROJECT_SOURCE_DIR}/include/parcelvane/interfaces.h
           ${PROJECT_SOURCE_DIR}/include/parcelvane/identifiers.h
           ${PROJECT_SOURCE_DIR}/include/parcelvane/platform.h

@@ -14,7 +14,7 @@
 #include "parcelvane/parcelvane.h"
 #include "src/data/data_access.h"
 #include "src/platform/codepage.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace {
 

@@ -22,7 +22,7 @@
 #include "src/headers/message_parameter.h"
 #include "src/headers/message_parameters.h"
 #include "src/mime/mime_part.h"
-#include "src/mime/multipart_split.h"
+#include "tests/mime/multipart_reference.h"
 #include "src/mime/transfer_codecs.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "src/platform/reg_file.h"
-#include "src/server/guid_text.h"
+#include "src/com/guid_text.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::string_view text(reinterpret_cast<const char*>(data), size);

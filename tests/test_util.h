@@ -14,7 +14,7 @@
 
 #include "parcelvane/parcelvane.h"
 #include "src/platform/codepage.h"
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/strings.h"
 
 namespace pv::test {

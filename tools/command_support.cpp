@@ -34,9 +34,14 @@ LoadOptions LoadOptionsOf(const ParsedArgs& parsed) {
 std::string SourceName(const std::string& file) { return file == "-" ? "standard input" : file; }
 
 MessageView LoadMessage(const std::string& file, const LoadOptions& options) {
-  std::string prepared = PrepareMessageBytes(ReadInput(file), options, SourceName(file));
-  Ref<IEMSMessageParser> parsed = ParseMessage(prepared);
-  return MessageView(std::move(parsed), std::move(prepared));
+  InputBytes input = MapInput(file);
+  auto converted = std::make_shared<std::string>();
+  const std::string_view prepared =
+      PrepareMessageView(input.bytes, options, SourceName(file), converted.get());
+  // The parsed objects share the mapped file, or the converted copy.
+  std::shared_ptr<const void> owner = converted->empty() ? std::move(input.owner) : std::move(converted);
+  Ref<IEMSMessageParser> parsed = ParseMessageOver(prepared, owner);
+  return MessageView(std::move(parsed), prepared, std::move(owner));
 }
 
 void PrintWarnings(const std::string& source, const std::vector<std::string>& warnings) {

@@ -15,6 +15,7 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
@@ -150,6 +151,75 @@ std::string ReadInput(const std::string& name) {
   while ((got = std::fread(buffer, 1, sizeof buffer, stdin)) > 0) bytes.append(buffer, got);
   if (std::ferror(stdin)) throw ToolError(kExitUnreadable, "standard input: read error");
   return bytes;
+}
+
+namespace {
+
+InputBytes OwnedInput(std::string bytes) {
+  auto owned = std::make_shared<const std::string>(std::move(bytes));
+  std::string_view view = *owned;
+  return {std::move(owned), view};
+}
+
+#ifdef _WIN32
+// A read-only view of a whole file, or nullptr when the file is empty or
+// cannot be mapped (the caller then reads it).
+std::shared_ptr<const void> MapWholeFile(const fs::path& path, size_t* size) {
+  HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_DELETE, nullptr,
+                            OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return nullptr;
+  LARGE_INTEGER length;
+  std::shared_ptr<const void> view;
+  if (GetFileSizeEx(file, &length) && length.QuadPart > 0 && length.QuadPart <= 0xFFFFFFFFll) {
+    HANDLE mapping = CreateFileMappingW(file, nullptr, PAGE_READONLY, 0, 0, nullptr);
+    if (mapping != nullptr) {
+      void* address = MapViewOfFile(mapping, FILE_MAP_READ, 0, 0, 0);
+      CloseHandle(mapping);
+      if (address != nullptr) {
+        *size = static_cast<size_t>(length.QuadPart);
+        view = std::shared_ptr<const void>(address, [](const void* p) { UnmapViewOfFile(p); });
+      }
+    }
+  }
+  CloseHandle(file);
+  return view;
+}
+#else
+std::shared_ptr<const void> MapWholeFile(const fs::path& path, size_t* size) {
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return nullptr;
+  struct stat info;
+  std::shared_ptr<const void> view;
+  // Only regular files: a pipe or a device is read as a stream.
+  if (fstat(fd, &info) == 0 && S_ISREG(info.st_mode) && info.st_size > 0 && info.st_size <= 0xFFFFFFFFll) {
+    const size_t length = static_cast<size_t>(info.st_size);
+    void* address = mmap(nullptr, length, PROT_READ, MAP_PRIVATE, fd, 0);
+    if (address != MAP_FAILED) {
+      *size = length;
+      view = std::shared_ptr<const void>(address,
+                                         [length](const void* p) { munmap(const_cast<void*>(p), length); });
+    }
+  }
+  close(fd);
+  return view;
+}
+#endif
+
+}  // namespace
+
+InputBytes MapInput(const std::string& name) {
+  if (name == "-") return OwnedInput(ReadInput(name));
+  const fs::path path = PathFromUtf8(name);
+  std::error_code error;
+  if (!fs::is_directory(path, error)) {
+    size_t size = 0;
+    if (std::shared_ptr<const void> view = MapWholeFile(path, &size)) {
+      std::string_view bytes(static_cast<const char*>(view.get()), size);
+      return {std::move(view), bytes};
+    }
+  }
+  // Empty, special or unmappable files, and the error messages.
+  return OwnedInput(ReadWholeFile(path));
 }
 
 std::FILE* OpenForReading(const fs::path& path, const std::string& name) {

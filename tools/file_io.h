@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,15 @@ std::string PathToUtf8(const fs::path& path);
 // ToolError(kExitUnreadable) when it cannot be read.
 std::string ReadInput(const std::string& name);
 std::string ReadWholeFile(const fs::path& path);
+
+// The bytes of an input, kept alive by `owner`: a regular file mapped into
+// memory read-only (no copy), or what standard input or a special file gave.
+struct InputBytes {
+  std::shared_ptr<const void> owner;
+  std::string_view bytes;
+};
+// Like ReadInput, but maps a regular file instead of reading it.
+InputBytes MapInput(const std::string& name);
 
 // A file opened for reading bytes; throws ToolError(kExitUnreadable)
 // naming `name` when it cannot be opened. The caller closes it.

@@ -119,9 +119,11 @@ constexpr std::array<char16_t, 32> kHighControls = {
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
     0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
-// The byte of a non-ASCII character in the single-byte page, or -1.
+// The byte of a non-ASCII character in the single-byte page, or -1. A
+// character from U+0080 to U+00FF is its own byte: text declared as
+// ISO-8859-1 reads bytes 0x80 to 0x9F as those control characters.
 int SingleByteOf(char16_t c) {
-  if (c >= 0xA0 && c <= 0xFF) return c;
+  if (c >= 0x80 && c <= 0xFF) return c;
   for (size_t i = 0; i < kHighControls.size(); ++i) {
     if (kHighControls[i] == c) return static_cast<int>(0x80 + i);
   }

@@ -55,7 +55,7 @@ struct AddressPieces {
 std::vector<AddressPieces> SplitAddressList(std::string_view value);
 
 // Header values and bodies without a declared charset are often raw
-// UTF-8; read in the library's single-byte page they show as "Ã¼". Each
+// UTF-8; read in a single-byte page they show as "Ã¼". Each
 // run of non-ASCII characters whose single-byte form is valid UTF-8 is
 // read again as UTF-8; any other text is returned unchanged.
 U16String RepairRawUtf8(U16View text);

@@ -130,31 +130,65 @@ PartInfo DescribePart(IEMSMimePart* part, int depth, bool decoded_sizes) {
 
 std::string DisplayText(const Bstr& text) { return Utf16ToUtf8(RepairRawUtf8(text.wide())); }
 
-std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source) {
+std::string_view PrepareMessageView(std::string_view bytes, const LoadOptions& options,
+                                    const std::string& source, std::string* converted) {
   // Files saved by some editors open with a UTF-8 byte order mark.
-  size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+  size_t start = bytes.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
   // Files saved from web mail and some archives open with blank lines. A
   // message without header fields, as the library writes one, opens with
   // the blank line that ends its empty header: "\r\n\r\n" and text that is
   // no header field.
-  const std::string_view rest = std::string_view(bytes).substr(start);
+  const std::string_view rest = bytes.substr(start);
   const size_t blanks = LeadingBlankBytes(rest);
-  const bool empty_header = (rest.compare(0, 4, "\r\n\r\n") == 0 || rest.compare(0, 2, "\n\n") == 0) &&
+  const bool empty_header = (rest.substr(0, 4) == "\r\n\r\n" || rest.substr(0, 2) == "\n\n") &&
                             blanks < rest.size() && !NotAMessageReason(rest.substr(blanks)).empty();
   if (!empty_header) start += blanks;
-  if (!empty_header && bytes.compare(start, 5, "From ") == 0) {
+  if (!empty_header && bytes.substr(start, 5) == "From ") {
     const size_t line_end = bytes.find('\n', start);
-    start = line_end == std::string::npos ? bytes.size() : line_end + 1;
-    start += LeadingBlankBytes(std::string_view(bytes).substr(start));
+    start = line_end == std::string_view::npos ? bytes.size() : line_end + 1;
+    start += LeadingBlankBytes(bytes.substr(start));
   }
-  bytes.erase(0, start);
-  if (options.crlf) bytes = BareLfToCrLf(bytes);
+  bytes.remove_prefix(start);
+  if (options.crlf && HasBareLf(bytes)) {
+    *converted = BareLfToCrLf(bytes);
+    bytes = *converted;
+  }
   constexpr uint64_t kLargest = 0xFFFFFFFFull;
   if (bytes.size() > kLargest)
     throw ToolError(kExitNotMessage, source + ": larger than 4 GiB, too large for a message");
   const std::string reason = empty_header ? std::string() : NotAMessageReason(bytes);
   if (!reason.empty()) throw ToolError(kExitNotMessage, source + ": not a message: it " + reason);
   return bytes;
+}
+
+std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source) {
+  std::string converted;
+  const std::string_view prepared = PrepareMessageView(bytes, options, source, &converted);
+  if (prepared.data() == converted.data() && !converted.empty()) return converted;
+  if (prepared.size() == bytes.size()) return bytes;
+  return std::string(prepared);
+}
+
+Ref<IEMSMessageParser> ParseMessageOver(std::string_view prepared, std::shared_ptr<const void> owner) {
+  Ref<IEMSMessageParser> message =
+      CreateObject<IEMSMessageParser>(CLSID_EMSMessageParser, "creating a message");
+  // The data object holds its own reference to the owner until the last
+  // body that shares the bytes is gone.
+  auto* keep = new std::shared_ptr<const void>(std::move(owner));
+  Ref<IEMSDataObject> data;
+  const HRESULT hr = PvCreateDataObjectOver(
+      prepared.data(), static_cast<ULONG>(prepared.size()),
+      [](void* context) { delete static_cast<std::shared_ptr<const void>*>(context); }, keep, data.put());
+  if (FAILED(hr)) delete keep;
+  Check(hr, "creating a data object");
+  Check(message->ParseObject(data.get()), "parsing the message");
+  return message;
+}
+
+MessageView::MessageView(Ref<IEMSMessageParser> message, std::string bytes) : message_(std::move(message)) {
+  auto owned = std::make_shared<const std::string>(std::move(bytes));
+  bytes_ = *owned;
+  owner_ = std::move(owned);
 }
 
 Ref<IEMSMessageParser> ParseMessage(const std::string& prepared) {

@@ -5,7 +5,9 @@
 #define PARCELVANE_TOOLS_MESSAGE_VIEW_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "tools/com.h"
@@ -22,9 +24,16 @@ struct LoadOptions {
 // converts line ends as asked, and checks that it can be a message at all. Throws ToolError(kExitNotMessage)
 // naming `source`.
 std::string PrepareMessageBytes(std::string bytes, const LoadOptions& options, const std::string& source);
+// The same without a copy where nothing changes: a view into `input`, or
+// into `*converted` when line ends had to be converted.
+std::string_view PrepareMessageView(std::string_view input, const LoadOptions& options,
+                                    const std::string& source, std::string* converted);
 
 // A message object parsed from prepared bytes.
 Ref<IEMSMessageParser> ParseMessage(const std::string& prepared);
+// The same over bytes that `owner` keeps alive: the message's data object
+// refers to them without a copy and holds `owner` while it does.
+Ref<IEMSMessageParser> ParseMessageOver(std::string_view prepared, std::shared_ptr<const void> owner);
 
 struct HeaderLine {
   std::string name;
@@ -76,8 +85,10 @@ class MessageView {
  public:
   // `bytes`: what the message was parsed from, for finding its multiparts
   // (without them a multipart's size is not known).
-  explicit MessageView(Ref<IEMSMessageParser> message, std::string bytes = std::string())
-      : message_(std::move(message)), bytes_(std::move(bytes)) {}
+  explicit MessageView(Ref<IEMSMessageParser> message, std::string bytes = std::string());
+  // The same over bytes that `owner` keeps alive.
+  MessageView(Ref<IEMSMessageParser> message, std::string_view bytes, std::shared_ptr<const void> owner)
+      : message_(std::move(message)), owner_(std::move(owner)), bytes_(bytes) {}
 
   IEMSMessageParser* get() const { return message_.get(); }
 
@@ -121,7 +132,8 @@ class MessageView {
 
  private:
   Ref<IEMSMessageParser> message_;
-  std::string bytes_;
+  std::shared_ptr<const void> owner_;
+  std::string_view bytes_;
 };
 
 // A part is an attachment for the command when the library flags it, or it

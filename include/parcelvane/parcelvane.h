@@ -36,6 +36,18 @@ PV_API HRESULT PvCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, REFIID rii
 PV_API HRESULT PvCLSIDFromProgID(const OLECHAR* progId, CLSID* clsid);
 // PvCreateInstance for the class of a program identifier.
 PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOuter, REFIID riid, void** ppv);
+
+// A data object over `size` bytes that the host owns, without copying them:
+// what CreateDataArray gives for a byte array, and every operation behaves
+// the same on it (a store replaces the bytes with the object's own copy).
+// Clones, parsed parts and bodies share the bytes. `release(context)` is
+// called once, on whatever thread drops the last object that refers to the
+// bytes; a null `release` means the host keeps the bytes alive longer than
+// every object. The host promises the bytes stay unchanged until then.
+// E_POINTER for a null `result`, E_INVALIDARG for null `bytes` with a
+// nonzero size, E_OUTOFMEMORY; on failure `release` is not called.
+PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context),
+                                      void* context, IEMSDataObject** result);
 }
 
 #endif  // PARCELVANE_PARCELVANE_H

@@ -23,6 +23,20 @@ bool IsPlainElementType(VARTYPE vt) {
 
 ByteStore::~ByteStore() {
   if (array_ != nullptr) SafeArrayDestroy(array_);
+  if (release_ != nullptr) release_(releaseContext_);
+}
+
+std::shared_ptr<const ByteStore> ByteStore::Over(const void* bytes, ULONG size, ReleaseFunction release,
+                                                 void* context) {
+  std::shared_ptr<ByteStore> store(new (std::nothrow) ByteStore());
+  if (store == nullptr) return nullptr;
+  store->vt_ = VT_UI1;
+  store->count_ = size;
+  store->bytes_ = static_cast<const uint8_t*>(bytes);
+  store->byteSize_ = size;
+  store->release_ = release;
+  store->releaseContext_ = context;
+  return store;
 }
 
 std::shared_ptr<const ByteStore> ByteStore::FromBytes(std::string bytes) {

@@ -21,6 +21,14 @@ class ByteStore {
   // A byte array (element type 17) holding `bytes`, without copying them.
   static std::shared_ptr<const ByteStore> FromBytes(std::string bytes);
 
+  // A byte array over `size` bytes that the host owns, without copying
+  // them: `release(context)` runs once when the last holder of the store is
+  // gone (a null `release` is never called). The host keeps the bytes
+  // unchanged until then.
+  using ReleaseFunction = void (*)(void* context);
+  static std::shared_ptr<const ByteStore> Over(const void* bytes, ULONG size, ReleaseFunction release,
+                                               void* context);
+
   // A deep copy of a safe array of any element type and shape. Fails with
   // E_OUTOFMEMORY or E_INVALIDARG (an array without storage).
   static HRESULT FromArray(SAFEARRAY* array, std::shared_ptr<const ByteStore>* out);
@@ -48,6 +56,9 @@ class ByteStore {
   SAFEARRAY* array_ = nullptr;
   const uint8_t* bytes_ = nullptr;
   size_t byteSize_ = 0;
+  // Borrowed bytes: handed back to their owner at destruction.
+  ReleaseFunction release_ = nullptr;
+  void* releaseContext_ = nullptr;
 };
 
 }  // namespace pv

@@ -5,12 +5,31 @@
 #include "src/data/data_access.h"
 #include "src/platform/codepage.h"
 #include "src/platform/file.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 
 HRESULT CreateEMSDataObject(IUnknown* outer, REFIID riid, void** ppv) {
   return CreateInstance<DataObject>(outer, riid, ppv);
+}
+
+HRESULT DataObject::CreateOver(const void* bytes, ULONG size, ByteStore::ReleaseFunction release,
+                               void* context, IEMSDataObject** result) {
+  if (result == nullptr) return E_POINTER;
+  *result = nullptr;
+  if (bytes == nullptr && size != 0) return E_INVALIDARG;
+  ComPtr<DataObject> object;
+  HRESULT hr = MakeObject(&object);
+  if (FAILED(hr)) return hr;
+  std::shared_ptr<const ByteStore> store;
+  try {
+    store = ByteStore::Over(bytes, size, release, context);
+  } catch (const std::bad_alloc&) {
+  }
+  if (store == nullptr) return E_OUTOFMEMORY;
+  object->SetStore(std::move(store));
+  *result = object.detach();
+  return S_OK;
 }
 
 void DataObject::SetStore(std::shared_ptr<const ByteStore> store) {

@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "src/data/byte_store.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 
@@ -24,6 +24,11 @@ class DataObject final : public ComObject<DataObject, IEMSDataObject> {
   ULONG position() const { return position_; }
   ULONG length() const { return length_; }
   ULONG dataSize() const { return dataSize_; }
+  // A new data object over a host's bytes, without a copy (the module's
+  // zero-copy entry). On failure nothing refers to the bytes and `release`
+  // is not called.
+  static HRESULT CreateOver(const void* bytes, ULONG size, ByteStore::ReleaseFunction release, void* context,
+                            IEMSDataObject** result);
   // Storing an array: the span covers all of it.
   void SetStore(std::shared_ptr<const ByteStore> store);
   // The span setters, with the interface's clamping.

@@ -11,7 +11,7 @@
 #include "src/platform/charset_table.h"
 #include "src/platform/codepage.h"
 #include "src/platform/strstri.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

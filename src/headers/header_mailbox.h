@@ -13,7 +13,7 @@
 #include <string_view>
 
 #include "src/platform/strings.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

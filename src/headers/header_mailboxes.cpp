@@ -2,7 +2,7 @@
 
 #include "src/headers/mailbox_text.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -16,7 +16,7 @@
 
 #include "src/headers/header_mailbox.h"
 #include "src/platform/strings.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

@@ -1,11 +1,13 @@
 #include "src/headers/message_parameter.h"
 
 #include "src/headers/header_text.h"
+#include "src/headers/mime_attribute.h"
+#include "src/headers/mime_attributes.h"
 #include "src/platform/clock.h"
 #include "src/platform/codepage.h"
 #include "src/platform/random.h"
-#include "src/server/class_instance.h"
-#include "src/server/creators.h"
+#include "src/com/class_instance.h"
+#include "src/com/creators.h"
 
 namespace pv {
 
@@ -68,10 +70,30 @@ std::string AnsiRoundTrip(std::string_view bytes) {
 MessageParameter::MessageParameter(IUnknown* outer)
     : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
-HRESULT MessageParameter::FinalConstruct() {
-  HRESULT hr = MakeObject(&charset_);
-  if (FAILED(hr)) return hr;
-  return CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_);
+HeaderCharset* MessageParameter::Charset() {
+  if (!charset_ && FAILED(MakeObject(&charset_))) throw std::bad_alloc();
+  return charset_.get();
+}
+
+// The parameter texts go to the list in the order the values came, as
+// each parse would have given them at once.
+IEMSMimeAttributes* MessageParameter::Attributes() {
+  if (!attributes_ && FAILED(CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_)))
+    throw std::bad_alloc();
+  if (!pendingParameters_.empty()) {
+    std::vector<std::string> pending;
+    pending.swap(pendingParameters_);
+    ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(attributes_.get());
+    for (const std::string& parameters : pending) {
+      if (own) {
+        own->Parse(AnsiRoundTrip(parameters));  // status ignored
+        continue;
+      }
+      Bstr text(AnsiToWide(parameters));
+      if (!text.is_null()) attributes_->ParseAttributes(text.get());  // status ignored
+    }
+  }
+  return attributes_.get();
 }
 
 // ---------------------------------------------------------------- values and views
@@ -79,25 +101,43 @@ bool MessageParameter::IsContentField() const { return IsContentFieldName(name_)
 
 std::string MessageParameter::SplitOffParameters(std::string_view value) {
   ParameterSplit split = SplitParameters(value);
-  Bstr parameters(AnsiToWide(split.parameters));
-  if (!parameters.is_null()) attributes_->ParseAttributes(parameters.get());  // status ignored
+  pendingParameters_.emplace_back(split.parameters);
+  // A list that exists may be held by a caller: it takes them now.
+  if (attributes_) Attributes();
   return std::string(split.value);
 }
 
+// Only appends: a waiting decode reads the values it counted, which stay.
 void MessageParameter::AppendRawPieces(std::string_view joined) {
   ForEachPiece(joined, kSeparator, [&](std::string_view piece) { values_.emplace_back(piece); });
 }
 
+// Every change of the values runs the waiting decodes first, so those that
+// wait always apply to the values as they are.
 void MessageParameter::RefreshDecodedText(size_t count) {
+  if (pendingDecodes_ == 3) DecodeNow();
+  pendingDecodeCounts_[pendingDecodes_++] = count;
+  // A charset that a caller may hold changes now.
+  if (charsetShared_) DecodeNow();
+}
+
+void MessageParameter::DecodeNow() {
+  const int pending = pendingDecodes_;
+  pendingDecodes_ = 0;
+  for (int i = 0; i < pending; ++i) DecodeValues(pendingDecodeCounts_[i]);
+}
+
+void MessageParameter::DecodeValues(size_t count) {
   decoded_.clear();
   WString piece;
   for (size_t i = 0; i < count && i < values_.size(); ++i) {
     std::string unfolded = UnfoldHeaderText(values_[i]);
     if (unfolded.empty()) continue;
-    charset_->SetDefaultCodePage(defaultCodePage_);
-    charset_->Decode(unfolded, &piece);  // status ignored
-    defaultCodePage_ = charset_->headerCodePage();
-    defaultEncoding_ = charset_->defaultEncoding();
+    HeaderCharset* charset = Charset();
+    charset->SetDefaultCodePage(defaultCodePage_);
+    charset->Decode(unfolded, &piece);  // status ignored
+    defaultCodePage_ = charset->headerCodePage();
+    defaultEncoding_ = charset->defaultEncoding();
     if (!decoded_.empty()) decoded_.append(kWideSeparator);
     decoded_.append(piece);
   }
@@ -106,6 +146,7 @@ void MessageParameter::RefreshDecodedText(size_t count) {
 HRESULT MessageParameter::ParseHeaderText(std::string_view text) {
   size_t colon = text.find(':');
   if (colon == std::string_view::npos || colon == 0) return E_FAIL;
+  FlushDecode();
   values_.clear();
   name_ = std::string(TrimBlanks(text.substr(0, colon)));
   std::string_view value = TrimTrailingLineBreaks(TrimLeadingBlanks(text.substr(colon + 1)));
@@ -120,6 +161,7 @@ HRESULT MessageParameter::ParseHeaderText(std::string_view text) {
 }
 
 void MessageParameter::SetRawDataText(std::string_view text) {
+  FlushDecode();
   values_.clear();
   bool content = IsContentField();
   ForEachPiece(text, kSeparator, [&](std::string_view piece) {
@@ -129,6 +171,7 @@ void MessageParameter::SetRawDataText(std::string_view text) {
 }
 
 void MessageParameter::SetUnfoldedDataText(std::string_view text) {
+  FlushDecode();
   values_.clear();
   ForEachPiece(text, kSeparator,
                [&](std::string_view piece) { values_.push_back(FoldHeaderText(piece, name_.size())); });
@@ -136,8 +179,9 @@ void MessageParameter::SetUnfoldedDataText(std::string_view text) {
 }
 
 WString MessageParameter::AssembledAttributes() {
+  if (!attributes_ && pendingParameters_.empty()) return WString();
   Bstr text;
-  attributes_->AssembleAttributes(text.put());  // left untouched when there are none
+  Attributes()->AssembleAttributes(text.put());  // left untouched when there are none
   return WString(text.view());
 }
 
@@ -253,23 +297,26 @@ HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
 
 HRESULT MessageParameter::FindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return attributes_->FindAttribute(bszName, ppVal);
+  return Guard([&] { return Attributes()->FindAttribute(bszName, ppVal); });
 }
 
 HRESULT MessageParameter::CreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  return attributes_->CreateAttribute(bszName, ppVal);
+  return Guard([&] { return Attributes()->CreateAttribute(bszName, ppVal); });
 }
 
 HRESULT MessageParameter::RemoveAttribute(BSTR bszName) {
   if (bszName == nullptr) return E_POINTER;
-  attributes_->RemoveAttribute(bszName);
-  return S_OK;
+  return Guard([&] {
+    Attributes()->RemoveAttribute(bszName);
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::Clone(IEMSMessageParameter** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     ComPtr<IEMSMessageParameter> clone;
     HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
     if (FAILED(hr)) return hr;
@@ -336,20 +383,25 @@ HRESULT MessageParameter::put_UnfoldedData(BSTR newVal) {
 
 HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(decoded_, pVal); });
+  return Guard([&] {
+    FlushDecode();
+    return ReturnBstr(decoded_, pVal);
+  });
 }
 
 // The caller's text becomes the decoded text as it is; the values are its
 // pieces encoded in the field's code page and encoding.
 HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
   return Guard([&] {
+    FlushDecode();
     decoded_ = WString(View(newVal));
     values_.clear();
     WString encoded;
+    HeaderCharset* charset = Charset();
     ForEachPiece(WStringView(decoded_), kWideSeparator, [&](WStringView piece) {
-      charset_->SetDefaultCodePage(defaultCodePage_);
-      charset_->SetDefaultEncoding(defaultEncoding_);
-      charset_->Encode(piece, &encoded);  // status ignored
+      charset->SetDefaultCodePage(defaultCodePage_);
+      charset->SetDefaultEncoding(defaultEncoding_);
+      charset->Encode(piece, &encoded);  // status ignored
       std::string value = WideToAnsi(encoded);
       if (!value.empty()) values_.push_back(std::move(value));
     });
@@ -359,13 +411,21 @@ HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
 
 HRESULT MessageParameter::get_Attributes(IEMSMimeAttributes** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  attributes_.CopyTo(ppVal);
-  return S_OK;
+  return Guard([&] {
+    *ppVal = Attributes();
+    (*ppVal)->AddRef();
+    return S_OK;
+  });
 }
 
+// The replaced list was never handed out while parameters wait for it, so
+// they go with it.
 HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  if (pVal != attributes_.get()) attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+  if (pVal != attributes_.get()) {
+    attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+    pendingParameters_.clear();
+  }
   return S_OK;
 }
 
@@ -390,6 +450,7 @@ HRESULT MessageParameter::get_HeaderMailbox(IEMSHeaderMailbox** ppVal) {
 HRESULT MessageParameter::put_HeaderMailbox(IEMSHeaderMailbox* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     pVal->put_DefaultCodePage(defaultCodePage_);
     pVal->put_DefaultEncoding(defaultEncoding_);
     Bstr text;
@@ -419,6 +480,7 @@ HRESULT MessageParameter::get_HeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
 HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FlushDecode();
     pVal->put_DefaultCodePage(defaultCodePage_);
     pVal->put_DefaultEncoding(defaultEncoding_);
     Bstr text;
@@ -431,31 +493,47 @@ HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
 // ---------------------------------------------------------------- plain properties
 HRESULT MessageParameter::get_HeaderCharset(IEMSHeaderCharset** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  *ppVal = charset_.get();
-  charset_->AddRef();
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *ppVal = Charset();
+    (*ppVal)->AddRef();
+    charsetShared_ = true;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::put_DefaultCodePage(LONG newVal) {
-  defaultCodePage_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    defaultCodePage_ = newVal;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::get_DefaultCodePage(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultCodePage_;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *pVal = defaultCodePage_;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::put_DefaultEncoding(LONG newVal) {
-  defaultEncoding_ = newVal;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    defaultEncoding_ = newVal;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameter::get_DefaultEncoding(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultEncoding_;
-  return S_OK;
+  return Guard([&] {
+    FlushDecode();
+    *pVal = defaultEncoding_;
+    return S_OK;
+  });
 }
 
 // ---------------------------------------------------------------- content type
@@ -467,6 +545,7 @@ void MessageParameter::ParseContentTypeText(std::string_view text) {
 // A field without values takes the text as its first value, so that a new
 // "Content-Type" field gets its value this way.
 void MessageParameter::ContentTypePut(std::string_view text) {
+  FlushDecode();
   if (values_.empty()) {
     values_.emplace_back(text);
     RefreshDecodedText();
@@ -570,7 +649,7 @@ HRESULT MessageParameter::put_MimeSubTypeName(BSTR newVal) {
 HRESULT MessageParameter::FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out) {
   Bstr key = WideBstr(name);
   if (key.is_null()) return E_OUTOFMEMORY;
-  HRESULT hr = attributes_->FindAttribute(key.get(), out->put());
+  HRESULT hr = Attributes()->FindAttribute(key.get(), out->put());
   if (FAILED(hr)) return hr;
   return *out ? S_OK : S_FALSE;
 }
@@ -579,7 +658,7 @@ HRESULT MessageParameter::SetNamedAttribute(const char* name, BSTR value, bool d
   Bstr key = WideBstr(name);
   if (key.is_null()) return E_OUTOFMEMORY;
   ComPtr<IEMSMimeAttribute> attribute;
-  HRESULT hr = attributes_->CreateAttribute(key.get(), attribute.put());
+  HRESULT hr = Attributes()->CreateAttribute(key.get(), attribute.put());
   if (attribute) {
     if (decoded) {
       attribute->put_DecodedValue(value);
@@ -679,6 +758,14 @@ HRESULT MessageParameter::SetContentTypeNarrow(std::string_view ansiText) {
 
 HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
   return Guard([&] {
+    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(Attributes())) {
+      const MimeAttribute* boundary = own->FindOwn("boundary");
+      if (boundary != nullptr) {
+        *out = AnsiRoundTrip(boundary->rawValue());
+        return S_OK;
+      }
+      if (!own->Find("boundary")) return E_FAIL;
+    }
     Bstr value;
     HRESULT hr = get_Boundary(value.put());
     if (FAILED(hr)) return hr;

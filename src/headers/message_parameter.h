@@ -19,7 +19,7 @@
 #include "src/headers/content_type_codes.h"
 #include "src/headers/header_charset.h"
 #include "src/platform/strings.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 
@@ -36,8 +36,6 @@ class MessageParameter final
     : public ComObject<MessageParameter, IEMSMessageParameter, IEMSContentType, IEMSContentDisposition> {
  public:
   explicit MessageParameter(IUnknown* outer);
-  // Makes the field's header charset and attribute list.
-  HRESULT FinalConstruct() override;
 
   PV_MEMBERS_IEMSMessageParameter(PV_OVERRIDE_MEMBER) PV_MEMBERS_IEMSContentType(PV_OVERRIDE_MEMBER)
       PV_MEMBERS_IEMSContentDisposition(PV_OVERRIDE_MEMBER)
@@ -67,16 +65,19 @@ class MessageParameter final
   bool hasValues() const { return !values_.empty(); }
   // The first raw value, or empty text when there is none.
   std::string_view firstValue() const { return values_.empty() ? std::string_view() : values_.front(); }
-  const WString& decodedText() const { return decoded_; }
+  const WString& decodedText() {
+    FlushDecode();
+    return decoded_;
+  }
   // The content-type and disposition state: codes, names, disposition type.
   const ContentState& content() const { return content_; }
   void SetTypeCode(LONG code) { content_.SetTypeCode(code); }
   void SetSubtypeCode(LONG code) { content_.SetSubtypeCode(code); }
   void SetDispositionType(std::string_view type) { content_.dispositionType = std::string(type); }
 
-  LONG defaultCodePage() const { return defaultCodePage_; }
-  LONG defaultEncoding() const { return defaultEncoding_; }
+  // Sets both defaults before anything has been parsed into the field.
   void SetDefaults(LONG codePage, LONG encoding) {
+    FlushDecode();
     defaultCodePage_ = codePage;
     defaultEncoding_ = encoding;
   }
@@ -113,15 +114,35 @@ class MessageParameter final
   // lines of the later values (each beginning with "\r\n").
   void AssembleParts(std::string* lines, WString* parameters, std::string* laterLines);
   // Decodes the first `count` values into the decoded text, updating the
-  // default code page and encoding value by value.
+  // default code page and encoding value by value. The decoding waits until
+  // something reads what it changes (FlushDecode): most fields of a parsed
+  // message are never decoded.
   void RefreshDecodedText(size_t count);
   void RefreshDecodedText() { RefreshDecodedText(values_.size()); }
+  // Runs a waiting decode. Called first by everything that reads or
+  // changes the values, the decoded text, the defaults or the charset.
+  void FlushDecode() {
+    if (pendingDecodes_ != 0) DecodeNow();
+  }
+  void DecodeNow();
+  void DecodeValues(size_t count);
+  // The header charset and the attribute list, made on first use; the
+  // parameter texts of parsed values go to the list when it is first used.
+  HeaderCharset* Charset();
+  IEMSMimeAttributes* Attributes();
 
   HRESULT FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out);
   HRESULT SetNamedAttribute(const char* name, BSTR value, bool decoded);
 
   ComPtr<HeaderCharset> charset_;
   ComPtr<IEMSMimeAttributes> attributes_;
+  std::vector<std::string> pendingParameters_;
+  // Decodes that wait, in order: a parse asks for one and a chaining run
+  // for two more.
+  size_t pendingDecodeCounts_[3] = {0, 0, 0};
+  int pendingDecodes_ = 0;
+  // Whether a caller may hold the charset (then decodes run at once).
+  bool charsetShared_ = false;
   std::string name_;
   WString decoded_;
   std::vector<std::string> values_;

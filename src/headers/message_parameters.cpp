@@ -7,7 +7,7 @@
 #include "src/headers/header_text.h"
 #include "src/headers/message_parameter.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 
@@ -33,6 +33,37 @@ std::string AssembledField(IEMSMessageParameter* field) {
   return text;
 }
 
+// A name's index key. ASCII units stay single bytes, folded to lower case;
+// every other unit becomes three bytes of 0x80 and above, so keys of
+// different names never meet and folding touches nothing but ASCII.
+std::string NameKey(WStringView name) {
+  std::string key;
+  key.reserve(name.size());
+  for (char16_t unit : name) {
+    if (unit < 0x80) {
+      key.push_back(ToLowerAscii(static_cast<char>(unit)));
+    } else {
+      key.push_back(static_cast<char>(0x80 | (unit >> 14)));
+      key.push_back(static_cast<char>(0x80 | ((unit >> 7) & 0x7F)));
+      key.push_back(static_cast<char>(0x80 | (unit & 0x7F)));
+    }
+  }
+  return key;
+}
+
+// The key of a narrow name in the ANSI code page: the name as it is, folded,
+// when it is ASCII (as header names are), which every ANSI page keeps.
+std::string NameKey(std::string_view ansiName) {
+  for (char c : ansiName) {
+    if (static_cast<unsigned char>(c) >= 0x80) return NameKey(WStringView(AnsiToWide(ansiName)));
+  }
+  std::string key(ansiName);
+  for (char& c : key) c = ToLowerAscii(c);
+  return key;
+}
+
+std::string NameKey(BSTR name) { return NameKey(View(name)); }
+
 void TrimTrailingLineBreaksInPlace(std::string* text) {
   size_t end = text->size();
   while (end > 0 && IsLineBreakChar((*text)[end - 1])) --end;
@@ -45,33 +76,33 @@ MessageParameters::MessageParameters(IUnknown* outer)
     : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
 // ---------------------------------------------------------------- entries and the name index
-bool MessageParameters::NameOf(IEMSMessageParameter* field, WString* name) {
+bool MessageParameters::KeyOf(IEMSMessageParameter* field, std::string* key) {
   if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
-    *name = AnsiToWide(own->name());
+    *key = NameKey(own->name());
     return true;
   }
   Bstr text;
   if (FAILED(field->get_Name(text.put())) || text.is_null()) return false;
-  *name = WString(text.view());
+  *key = NameKey(text.view());
   return true;
 }
 
-size_t MessageParameters::IndexedPosition(WStringView name) const {
-  auto found = index_.find(name);
+size_t MessageParameters::IndexedPosition(const std::string& key) const {
+  auto found = index_.find(key);
   return found == index_.end() ? kNotIndexed : found->second;
 }
 
-void MessageParameters::Append(ComPtr<IEMSMessageParameter> field, WString name) {
+void MessageParameters::Append(ComPtr<IEMSMessageParameter> field, std::string key) {
   fields_.push_back(std::move(field));
-  index_.emplace(std::move(name), fields_.size() - 1);
+  index_.emplace(std::move(key), fields_.size() - 1);
 }
 
 // The first field of each name wins: later ones are not indexed.
 void MessageParameters::RebuildIndex() {
   index_.clear();
-  WString name;
+  std::string key;
   for (size_t i = 0; i < fields_.size(); ++i) {
-    if (fields_[i] && NameOf(fields_[i].get(), &name)) index_.emplace(name, i);
+    if (fields_[i] && KeyOf(fields_[i].get(), &key)) index_.emplace(key, i);
   }
 }
 
@@ -82,10 +113,10 @@ void MessageParameters::Clear() {
 }
 
 // An indexed entry that Parameter put emptied takes the field in its place.
-HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, WString name) {
-  size_t at = IndexedPosition(name);
+HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, std::string key) {
+  size_t at = IndexedPosition(key);
   if (at == kNotIndexed) {
-    Append(ComPtr<IEMSMessageParameter>(field), std::move(name));
+    Append(ComPtr<IEMSMessageParameter>(field), std::move(key));
   } else if (!fields_[at]) {
     fields_[at] = ComPtr<IEMSMessageParameter>(field);
   } else {
@@ -96,8 +127,17 @@ HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, WString name) {
 
 // ---------------------------------------------------------------- parsing
 HRESULT MessageParameters::ParseBlock(std::string_view ansiBlock) {
+  return ParseBlockSplitting(ansiBlock, std::string_view(), nullptr);
+}
+
+// A name belongs to one list only, so chaining within each list is the
+// chaining of the whole block.
+HRESULT MessageParameters::ParseBlockSplitting(std::string_view ansiBlock, std::string_view asciiPrefix,
+                                               MessageParameters* to) {
   return Guard([&] {
     Clear();
+    std::string prefix(asciiPrefix);
+    for (char& c : prefix) c = ToLowerAscii(c);
     // Repeated names are chained without a refresh each time; each field
     // that received some is brought up to date once at the end.
     std::vector<ComPtr<MessageParameter>> chained;
@@ -106,15 +146,16 @@ HRESULT MessageParameters::ParseBlock(std::string_view ansiBlock) {
       if (FAILED(MakeObject(&field))) continue;
       field->SetDefaults(defaultCodePage_, defaultEncoding_);
       if (field->ParseHeaderNarrow(text) != S_OK) continue;  // dropped
-      WString name = AnsiToWide(field->name());
-      size_t at = IndexedPosition(name);
+      std::string key = NameKey(field->name());
+      MessageParameters* list = to != nullptr && key.compare(0, prefix.size(), prefix) == 0 ? to : this;
+      size_t at = list->IndexedPosition(key);
       if (at == kNotIndexed) {
-        Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(name));
+        list->Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(key));
         continue;
       }
-      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(fields_[at].get());
+      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(list->fields_[at].get());
       if (!target) {
-        fields_[at]->AddChainHeader(field.get());
+        list->fields_[at]->AddChainHeader(field.get());
         continue;
       }
       if (target->AppendChainDeferred(field.get()) == S_OK) chained.push_back(target);
@@ -217,7 +258,7 @@ HRESULT MessageParameters::Clone(IEMSMessageParameters** ppVal) {
 HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   return Guard([&] {
-    size_t at = IndexedPosition(View(bszName));
+    size_t at = IndexedPosition(NameKey(bszName));
     if (at != kNotIndexed && fields_[at]) {
       fields_[at].CopyTo(ppVal);
       return S_FALSE;
@@ -227,7 +268,7 @@ HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** 
     if (FAILED(hr)) return hr;
     field->SetDefaults(defaultCodePage_, defaultEncoding_);
     field->put_Name(bszName);
-    hr = AddNamed(field.get(), AnsiToWide(field->name()));
+    hr = AddNamed(field.get(), NameKey(field->name()));
     if (FAILED(hr)) return hr;
     *ppVal = field.detach();
     return S_OK;
@@ -237,20 +278,20 @@ HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** 
 HRESULT MessageParameters::AddParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
-    WString name;
-    if (!NameOf(pVal, &name)) return E_FAIL;
-    return AddNamed(pVal, std::move(name));
+    std::string key;
+    if (!KeyOf(pVal, &key)) return E_FAIL;
+    return AddNamed(pVal, std::move(key));
   });
 }
 
 HRESULT MessageParameters::ReplaceParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
-    WString name;
-    if (!NameOf(pVal, &name)) return E_FAIL;
-    size_t at = IndexedPosition(name);
+    std::string key;
+    if (!KeyOf(pVal, &key)) return E_FAIL;
+    size_t at = IndexedPosition(key);
     if (at == kNotIndexed) {
-      Append(ComPtr<IEMSMessageParameter>(pVal), std::move(name));
+      Append(ComPtr<IEMSMessageParameter>(pVal), std::move(key));
     } else if (fields_[at].get() != pVal) {
       fields_[at] = ComPtr<IEMSMessageParameter>(pVal);
     }
@@ -260,9 +301,11 @@ HRESULT MessageParameters::ReplaceParameter(IEMSMessageParameter* pVal) {
 
 HRESULT MessageParameters::FindParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  size_t at = IndexedPosition(View(bszName));
-  if (at != kNotIndexed && fields_[at]) fields_[at].CopyTo(ppVal);
-  return S_OK;  // nothing is written when the name is absent
+  return Guard([&] {
+    size_t at = IndexedPosition(NameKey(bszName));
+    if (at != kNotIndexed && fields_[at]) fields_[at].CopyTo(ppVal);
+    return S_OK;  // nothing is written when the name is absent
+  });
 }
 
 HRESULT MessageParameters::RemoveAll() {
@@ -272,7 +315,7 @@ HRESULT MessageParameters::RemoveAll() {
 
 HRESULT MessageParameters::RemoveByName(BSTR bszName) {
   return Guard([&] {
-    size_t at = IndexedPosition(View(bszName));
+    size_t at = IndexedPosition(NameKey(bszName));
     if (at == kNotIndexed) return S_OK;
     ComPtr<IEMSMessageParameter> removed = std::move(fields_[at]);
     fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(at));
@@ -328,7 +371,7 @@ HRESULT MessageParameters::get_DefaultEncoding(LONG* pVal) {
 
 // ---------------------------------------------------------------- the library's own entry points
 ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) const {
-  size_t at = IndexedPosition(AnsiToWide(ansiName));
+  size_t at = IndexedPosition(NameKey(ansiName));
   return at == kNotIndexed ? nullptr : fields_[at];
 }
 

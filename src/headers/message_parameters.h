@@ -10,13 +10,13 @@
 #ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
 #define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETERS_H
 
-#include <map>
+#include <unordered_map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "src/platform/strings.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 
@@ -36,6 +36,13 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
   // AssembleParameters as narrow text (empty for a list that writes nothing).
   HRESULT AssembleBlock(std::string* out);
 
+  // ParseBlock, with the fields whose names start with `asciiPrefix` (ASCII
+  // case folded) going to the empty list `to` instead, in order: what
+  // ParseBlock followed by AddParameter on `to` and RemoveByName here of
+  // each such field gives. Those fields keep this list's defaults.
+  HRESULT ParseBlockSplitting(std::string_view ansiBlock, std::string_view asciiPrefix,
+                              MessageParameters* to);
+
   size_t count() const { return fields_.size(); }
   // The entry at `index` (< count()); null for an empty entry.
   IEMSMessageParameter* at(size_t index) const { return fields_[index].get(); }
@@ -48,21 +55,21 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
   }
 
  private:
-  // Names compare with ASCII case folding.
-  struct NameLess {
-    using is_transparent = void;
-    bool operator()(WStringView a, WStringView b) const { return CompareIgnoreCaseAscii(a, b) < 0; }
-  };
-  using NameIndex = std::map<WString, size_t, NameLess>;
+  // Names compare with ASCII case folding. The index keys are the names
+  // with ASCII letters folded to lower case, as narrow bytes (see NameKey):
+  // two names are the same key exactly when they are equal but for the
+  // case of ASCII letters.
+  using NameIndex = std::unordered_map<std::string, size_t>;
 
-  // The name of a field, as its Name get gives it; false when none comes back.
-  static bool NameOf(IEMSMessageParameter* field, WString* name);
-  // The indexed position of a name whose entry is not empty, or npos.
-  size_t IndexedPosition(WStringView name) const;
-  void Append(ComPtr<IEMSMessageParameter> field, WString name);
+  // The key of a field's name, as its Name get gives it; false when none
+  // comes back.
+  static bool KeyOf(IEMSMessageParameter* field, std::string* key);
+  // The indexed position of a key whose entry is not empty, or npos.
+  size_t IndexedPosition(const std::string& key) const;
+  void Append(ComPtr<IEMSMessageParameter> field, std::string key);
   void RebuildIndex();
   void Clear();
-  HRESULT AddNamed(IEMSMessageParameter* field, WString name);
+  HRESULT AddNamed(IEMSMessageParameter* field, std::string key);
 
   std::vector<ComPtr<IEMSMessageParameter>> fields_;
   NameIndex index_;

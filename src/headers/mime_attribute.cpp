@@ -5,7 +5,7 @@
 #include "src/headers/header_text.h"
 #include "src/platform/charset_table.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -6,7 +6,7 @@
 #include "src/headers/header_text.h"
 #include "src/headers/mime_char_class.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -23,7 +23,7 @@
 #include "src/headers/mime_attribute.h"
 #include "src/platform/collation.h"
 #include "src/platform/strings.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

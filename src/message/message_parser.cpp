@@ -2,8 +2,8 @@
 
 #include "src/message/message_parser_util.h"
 #include "src/platform/codepage.h"
-#include "src/server/class_instance.h"
-#include "src/server/creators.h"
+#include "src/com/class_instance.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -22,7 +22,7 @@
 
 #include "src/headers/header_charset.h"
 #include "src/mime/transfer_codecs.h"
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 
@@ -78,6 +78,9 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   // Removes from the header list every field named like one of
   // `mimeList`'s fields (RemoveByName for each of them).
   void RemoveMimeNames(IEMSMessageParameters* mimeList);
+  // The parse of the header block and SplitMimeHeaders in one, on the
+  // library's own list; false, with nothing done, when it is not one.
+  bool ParseOwnHeaderBlock(std::string_view block);
   // The assembled octets: header text, then the plain body or the root part.
   void AssembleBytes(std::string* out);
 

@@ -11,7 +11,7 @@
 #include "src/platform/codepage.h"
 #include "src/platform/content_types.h"
 #include "src/platform/split_path.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 namespace {

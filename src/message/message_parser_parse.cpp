@@ -4,13 +4,14 @@
 #include <set>
 #include <vector>
 
+#include "src/data/data_object.h"
 #include "src/headers/content_type_codes.h"
 #include "src/headers/message_parameters.h"
 #include "src/message/message_parser.h"
 #include "src/message/message_parser_util.h"
 #include "src/message/uuencoded_blocks.h"
 #include "src/platform/codepage.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 namespace {
@@ -124,15 +125,20 @@ HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* con
   // Only CR LF CR LF ends the header block; without it all is header.
   size_t separator = span.find(kHeaderEnd);
   size_t headerLength = separator == std::string_view::npos ? span.size() : separator;
-  if (headerLength > 0) {
-    ComPtr<IEMSDataObject> block;
-    HRESULT hr = object->Clone(block.put());
-    if (FAILED(hr)) return hr;
-    if (!block) return E_FAIL;
-    block->put_Length(static_cast<ULONG>(headerLength));
-    headers_->ParseParametersObject(block.get());
+  // The header block is read through a clone of the object; the library's
+  // own object is read in place (its clone could only fail for memory).
+  const bool ownObject = static_cast<bool>(ImplOf<DataObject>(object));
+  if (!ownObject || !ParseOwnHeaderBlock(span.substr(0, headerLength))) {
+    if (headerLength > 0) {
+      ComPtr<IEMSDataObject> block;
+      HRESULT hr = object->Clone(block.put());
+      if (FAILED(hr)) return hr;
+      if (!block) return E_FAIL;
+      block->put_Length(static_cast<ULONG>(headerLength));
+      headers_->ParseParametersObject(block.get());
+    }
+    SplitMimeHeaders();
   }
-  SplitMimeHeaders();
 
   if (separator != std::string_view::npos && separator + kHeaderEnd.size() < span.size()) {
     size_t bodyStart = separator + kHeaderEnd.size();
@@ -201,6 +207,24 @@ void MessageParser::SplitMimeHeaders() {
   if (!root_ && FAILED(CreateClassInstance(CLSID_EMSMimePart, &root_))) return;
   root_->put_Headers(mime.get());
   RemoveMimeNames(mime.get());
+}
+
+// The library's own list: the block is parsed straight into the message's
+// list and the root part's. The root part is made first, so that without
+// it nothing changes from the general way.
+bool MessageParser::ParseOwnHeaderBlock(std::string_view block) {
+  ComPtr<MessageParameters> own = ImplOf<MessageParameters>(headers_.get());
+  if (!own) return false;
+  ComPtr<IEMSMessageParameters> mime;
+  if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &mime))) return false;
+  ComPtr<MessageParameters> ownMime = ImplOf<MessageParameters>(mime.get());
+  ComPtr<IEMSMimePart> root;
+  if (!ownMime || FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return false;
+  own->ParseBlockSplitting(block, kMimeFieldPrefix, ownMime.get());
+  if (ownMime->count() == 0) return true;
+  root_ = root;
+  root_->put_Headers(mime.get());
+  return true;
 }
 
 // RemoveByName once per name, as written, costs a rebuild of the list's

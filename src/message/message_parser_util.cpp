@@ -4,7 +4,7 @@
 
 #include "src/headers/content_type_codes.h"
 #include "src/platform/codepage.h"
-#include "src/server/class_instance.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "src/data/data_access.h"
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/strings.h"
 
 namespace pv {

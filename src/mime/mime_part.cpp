@@ -5,7 +5,7 @@
 #include "src/mime/mime_part_parse.h"
 #include "src/mime/mime_parts.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

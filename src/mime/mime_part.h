@@ -14,7 +14,7 @@
 #ifndef PARCELVANE_SRC_MIME_MIME_PART_H
 #define PARCELVANE_SRC_MIME_MIME_PART_H
 
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

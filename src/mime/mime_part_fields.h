@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 
 namespace pv {
 

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

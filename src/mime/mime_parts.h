@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

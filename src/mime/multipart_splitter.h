@@ -1,8 +1,8 @@
 // The multipart split of every body of one parsed buffer, in time linear in
 // the buffer even when multiparts are nested without limit.
 //
-// Split() gives exactly what SplitMultipartBody gives for the same body, as
-// absolute positions in the buffer. Cutting each nested body on its own
+// Split() gives what a plain scan of each body on its own gives (the tests
+// hold it to one), as absolute positions in the buffer. Cutting each nested body on its own
 // would read the bytes of a part nested n levels deep n times over. Here
 // only the first delimiter of a body is searched for directly (those
 // searches cover disjoint stretches of the buffer); every later delimiter
@@ -18,9 +18,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include "src/mime/multipart_split.h"
-
 namespace pv {
+
+// One child's bytes, as an offset into the body and a length.
+struct ChildSpan {
+  size_t offset;
+  size_t length;
+};
 
 class MultipartSplitter {
  public:
@@ -32,9 +36,17 @@ class MultipartSplitter {
   // [regionBegin, regionEnd), which the index covers.
   MultipartSplitter(std::string_view text, size_t regionBegin, size_t regionEnd, Mode mode = Mode::kAdaptive);
 
-  // The children of the body [begin, end) with delimiter "--" + boundary:
-  // SplitMultipartBody(text.substr(begin, end - begin), boundary) with each
-  // offset moved by `begin`.
+  // The children of the body [begin, end) with delimiter "--" + boundary,
+  // offsets into `text`. The preamble before the first delimiter and the
+  // epilogue after the closing one are dropped. A child starts right after
+  // its delimiter (so it begins with the delimiter line's line break) and
+  // ends at the next delimiter: before an ordinary one ("--b\r\n"), before
+  // the line break of a closing one ("\r\n--b--"), or at a delimiter too
+  // close to the end to be followed by two bytes. Any other occurrence
+  // ("--b  ") is no delimiter. The bytes after the last delimiter never
+  // become a child, so a body without a recognised closing delimiter loses
+  // its last part. Children of length 0 are left out. `foundDelimiter`
+  // tells whether the delimiter occurs at all.
   std::vector<ChildSpan> Split(size_t begin, size_t end, std::string_view boundary,
                                bool* foundDelimiter = nullptr);
 

@@ -5,7 +5,7 @@
 #include "src/data/data_access.h"
 #include "src/data/data_object.h"
 #include "src/mime/transfer_codecs.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -4,7 +4,7 @@
 #ifndef PARCELVANE_SRC_MIME_PART_DECODER_H
 #define PARCELVANE_SRC_MIME_PART_DECODER_H
 
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

@@ -6,7 +6,7 @@
 #include "src/data/data_object.h"
 #include "src/mime/transfer_codecs.h"
 #include "src/platform/codepage.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 

@@ -5,7 +5,7 @@
 #ifndef PARCELVANE_SRC_MIME_PART_ENCODER_H
 #define PARCELVANE_SRC_MIME_PART_ENCODER_H
 
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 
 namespace pv {
 

@@ -6,7 +6,7 @@
 #include "src/platform/registry.h"
 #include "src/platform/strings.h"
 #include "src/server/class_table.h"
-#include "src/server/guid_text.h"
+#include "src/com/guid_text.h"
 #include "src/server/registration.h"
 
 namespace pv {

@@ -5,7 +5,7 @@
 #include <new>
 
 #include "src/server/class_table.h"
-#include "src/server/module.h"
+#include "src/com/module_lock.h"
 
 namespace pv {
 namespace {

@@ -1,7 +1,7 @@
 #include "src/server/class_table.h"
 
 #include "parcelvane/identifiers.h"
-#include "src/server/creators.h"
+#include "src/com/creators.h"
 
 namespace pv {
 namespace {

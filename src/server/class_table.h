@@ -6,12 +6,9 @@
 #include <cstddef>
 
 #include "parcelvane/platform.h"
+#include "src/com/class_instance.h"
 
 namespace pv {
-
-// Makes an object of the row's class, standalone (outer null) or as the
-// inner object of an aggregate (outer given, riid IID_IUnknown).
-using CreatorFn = HRESULT (*)(IUnknown* outer, REFIID riid, void** ppv);
 
 struct ClassRow {
   const char* name;            // "EMSDataObject"

@@ -1,24 +1,13 @@
 // The module's entry points: class objects by class identifier, the unload
-// test, and object creation for hosts without a component runtime.
-#include <atomic>
-
+// test, registration, and object creation for hosts without a component
+// runtime.
 #include "parcelvane/parcelvane.h"
+#include "src/data/data_object.h"
 #include "src/platform/codepage.h"
 #include "src/server/activation.h"
 #include "src/server/class_factory.h"
-#include "src/server/module.h"
+#include "src/com/module_lock.h"
 #include "src/server/registration.h"
-
-namespace pv {
-namespace {
-std::atomic<LONG> g_lock_count{0};
-}  // namespace
-
-void ModuleLock() { g_lock_count.fetch_add(1, std::memory_order_relaxed); }
-void ModuleUnlock() { g_lock_count.fetch_sub(1, std::memory_order_relaxed); }
-LONG ModuleLockCount() { return g_lock_count.load(std::memory_order_relaxed); }
-
-}  // namespace pv
 
 extern "C" {
 
@@ -61,6 +50,11 @@ PV_API HRESULT PvCreateInstanceByProgID(const OLECHAR* progId, IUnknown* pUnkOut
   HRESULT hr = PvCLSIDFromProgID(progId, &clsid);
   if (FAILED(hr)) return hr;
   return PvCreateInstance(clsid, pUnkOuter, riid, ppv);
+}
+
+PV_API HRESULT PvCreateDataObjectOver(const void* bytes, ULONG size, void (*release)(void* context),
+                                      void* context, IEMSDataObject** result) {
+  return pv::DataObject::CreateOver(bytes, size, release, context, result);
 }
 
 }  // extern "C"

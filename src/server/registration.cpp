@@ -9,7 +9,7 @@
 #include "src/platform/thread_locale.h"
 #include "src/platform/type_library.h"
 #include "src/server/class_table.h"
-#include "src/server/guid_text.h"
+#include "src/com/guid_text.h"
 
 namespace pv {
 

@@ -971,8 +971,13 @@ TEST(MessageParameterLibrary, DeferredChainingEndsWhereAChainingAtATimeEnds) {
   auto expected = ImplOf<MessageParameter>(stepwise.get());
   EXPECT_EQ(bulk->values(), expected->values());
   EXPECT_EQ(U8(bulk->decodedText()), U8(expected->decodedText()));
-  EXPECT_EQ(bulk->defaultCodePage(), expected->defaultCodePage());
-  EXPECT_EQ(bulk->defaultEncoding(), expected->defaultEncoding());
+  LONG bulkValue = 0, expectedValue = 0;
+  EXPECT_EQ(bulk->get_DefaultCodePage(&bulkValue), S_OK);
+  EXPECT_EQ(expected->get_DefaultCodePage(&expectedValue), S_OK);
+  EXPECT_EQ(bulkValue, expectedValue);
+  EXPECT_EQ(bulk->get_DefaultEncoding(&bulkValue), S_OK);
+  EXPECT_EQ(expected->get_DefaultEncoding(&expectedValue), S_OK);
+  EXPECT_EQ(bulkValue, expectedValue);
 }
 
 TEST(MessageParameterLibrary, DeferredChainingOfAnotherNameIsRejected) {
@@ -1005,6 +1010,127 @@ TEST(MessageParameterLibrary, CreatableThroughTheClassTableAndAggregatable) {
   EXPECT_EQ(unknown.As(&ct), S_OK);
   EXPECT_EQ(unknown.As(&cd), S_OK);
   EXPECT_TRUE(ImplOf<MessageParameter>(cd.get()));
+}
+
+}  // namespace
+}  // namespace pv::test
+
+namespace pv::test {
+namespace {
+
+// A parsed field decodes its value and builds its parameter list only when
+// something reads them; whatever reads them sees what an immediate decode
+// and parse would have left, in the same order of events.
+TEST(MessageParameterOnDemand, DefaultsReadAfterAParseAreThoseOfTheDecode) {
+  auto field = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  Bstr text = B("Subject: =?koi8-r?B?9M/S?= x");
+  ASSERT_EQ(field->ParseHeader(text.get()), S_OK);
+  LONG codePage = 0;
+  ASSERT_EQ(field->get_DefaultCodePage(&codePage), S_OK);
+  EXPECT_EQ(codePage, 20866);
+  LONG encoding = 0;
+  ASSERT_EQ(field->get_DefaultEncoding(&encoding), S_OK);
+  EXPECT_EQ(encoding, 2);  // B
+  Bstr decoded;
+  ASSERT_EQ(field->get_DecodedData(decoded.put()), S_OK);
+  EXPECT_EQ(U8(decoded), "\xD0\xA2\xD0\xBE\xD1\x80 x");
+}
+
+// A field whose charset a caller already holds decodes at once; the same
+// events on a fresh field must leave the same state.
+TEST(MessageParameterOnDemand, EventsAfterAParseSeeWhatAnImmediateDecodeLeft) {
+  const char* texts[] = {"Subject: caf\xC3\xA9", "Subject: =?utf-8?Q?caf=C3=A9?= and more",
+                         "Subject: =?koi8-r?B?9M/S?=", "Subject: plain"};
+  for (const char* text : texts) {
+    auto lazy = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+    auto eager = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+    ComPtr<IEMSHeaderCharset> held;
+    ASSERT_EQ(eager->get_HeaderCharset(held.put()), S_OK);
+    for (IEMSMessageParameter* field : {lazy.get(), eager.get()}) {
+      ASSERT_EQ(field->ParseHeader(B(text).get()), S_OK);
+      ASSERT_EQ(field->put_DefaultCodePage(65001), S_OK);
+    }
+    Bstr a, b;
+    ASSERT_EQ(lazy->get_DecodedData(a.put()), S_OK);
+    ASSERT_EQ(eager->get_DecodedData(b.put()), S_OK);
+    EXPECT_EQ(U8(a), U8(b)) << text;
+    for (IEMSMessageParameter* field : {lazy.get(), eager.get()}) {
+      ASSERT_EQ(field->put_DefaultCodePage(1251), S_OK);
+      Bstr again = B("\xD0\x96 plain 8-bit text");
+      ASSERT_EQ(field->put_RawData(again.get()), S_OK);
+    }
+    ASSERT_EQ(lazy->get_DecodedData(a.put()), S_OK);
+    ASSERT_EQ(eager->get_DecodedData(b.put()), S_OK);
+    EXPECT_EQ(U8(a), U8(b)) << text;
+    LONG x = 0, y = 0;
+    lazy->get_DefaultCodePage(&x);
+    eager->get_DefaultCodePage(&y);
+    EXPECT_EQ(x, y) << text;
+    lazy->get_DefaultEncoding(&x);
+    eager->get_DefaultEncoding(&y);
+    EXPECT_EQ(x, y) << text;
+  }
+}
+
+TEST(MessageParameterOnDemand, AHeldCharsetFollowsEveryLaterDecode) {
+  auto field = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  Bstr first = B("Subject: plain");
+  ASSERT_EQ(field->ParseHeader(first.get()), S_OK);
+  ComPtr<IEMSHeaderCharset> charset;
+  ASSERT_EQ(field->get_HeaderCharset(charset.put()), S_OK);
+  Bstr raw = B("=?iso-8859-2?Q?x?=");
+  ASSERT_EQ(field->put_RawData(raw.get()), S_OK);
+  LONG codePage = 0;
+  ASSERT_EQ(charset->get_HeaderCodePage(&codePage), S_OK);
+  EXPECT_EQ(codePage, 28592);
+}
+
+TEST(MessageParameterOnDemand, AHeldAttributeListTakesTheParametersOfALaterValue) {
+  auto field = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  Bstr first = B("Content-Type: text/plain");
+  ASSERT_EQ(field->ParseHeader(first.get()), S_OK);
+  ComPtr<IEMSMimeAttributes> list;
+  ASSERT_EQ(field->get_Attributes(list.put()), S_OK);
+  LONG count = -1;
+  ASSERT_EQ(list->get_AttributesCount(&count), S_OK);
+  EXPECT_EQ(count, 0);
+  Bstr raw = B("text/plain; charset=us-ascii; format=flowed");
+  ASSERT_EQ(field->put_RawData(raw.get()), S_OK);
+  ASSERT_EQ(list->get_AttributesCount(&count), S_OK);
+  EXPECT_EQ(count, 2);
+}
+
+TEST(MessageParameterOnDemand, ParametersOfEveryValueReachTheListInOrder) {
+  auto field = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  Bstr raw = B("a; x=1\r\n\r\nb; y=2");
+  ASSERT_EQ(field->put_Name(B("Content-Type").get()), S_OK);
+  ASSERT_EQ(field->put_RawData(raw.get()), S_OK);
+  Bstr assembled;
+  ASSERT_EQ(field->get_RawData(assembled.put()), S_OK);
+  auto eager = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  ASSERT_EQ(eager->put_Name(B("Content-Type").get()), S_OK);
+  ComPtr<IEMSMimeAttributes> list;
+  ASSERT_EQ(eager->get_Attributes(list.put()), S_OK);  // the list exists before the values come
+  ASSERT_EQ(eager->put_RawData(raw.get()), S_OK);
+  Bstr expected;
+  ASSERT_EQ(eager->get_RawData(expected.put()), S_OK);
+  EXPECT_EQ(U8(assembled), U8(expected));
+  // Each value's parameters replace those of the one before.
+  EXPECT_EQ(U8(assembled), "a\r\n\r\nb;\r\n\ty=\"2\"");
+}
+
+TEST(MessageParameterOnDemand, AReplacedListDropsTheParametersThatWaitedForTheOldOne) {
+  auto field = Create<IEMSMessageParameter>(CLSID_EMSMessageParameter);
+  Bstr text = B("Content-Type: text/plain; charset=utf-8");
+  ASSERT_EQ(field->ParseHeader(text.get()), S_OK);
+  auto fresh = Create<IEMSMimeAttributes>(CLSID_EMSMimeAttributes);
+  ASSERT_EQ(field->put_Attributes(fresh.get()), S_OK);
+  LONG count = -1;
+  ASSERT_EQ(fresh->get_AttributesCount(&count), S_OK);
+  EXPECT_EQ(count, 0);
+  Bstr raw;
+  ASSERT_EQ(field->get_RawData(raw.put()), S_OK);
+  EXPECT_EQ(U8(raw), "text/plain");
 }
 
 }  // namespace

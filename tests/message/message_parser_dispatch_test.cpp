@@ -1,7 +1,7 @@
 // Late binding of the message: the description of IEMSMessageParser in
 // slot order with the documented dispatch identifiers, and a script-like
 // session driven only through GetIDsOfNames and Invoke.
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 #include "tests/message/message_test_util.h"
 
 namespace pv::test {

@@ -6,7 +6,7 @@
 #include <set>
 #include <vector>
 
-#include "src/server/com_object.h"
+#include "src/com/com_object.h"
 #include "tests/test_util.h"
 
 namespace pv::test {

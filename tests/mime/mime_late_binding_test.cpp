@@ -3,7 +3,7 @@
 // script-like sessions driven only through GetIDsOfNames and Invoke.
 #include <iterator>
 
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 #include "tests/mime/mime_part_test_util.h"
 
 namespace pv::test {

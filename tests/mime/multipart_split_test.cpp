@@ -1,4 +1,4 @@
-#include "src/mime/multipart_split.h"
+#include "tests/mime/multipart_reference.h"
 
 #include <gtest/gtest.h>
 

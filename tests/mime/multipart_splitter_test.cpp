@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "src/mime/multipart_split.h"
+#include "tests/mime/multipart_reference.h"
 
 namespace pv {
 namespace {

@@ -20,7 +20,7 @@
 #include "parcelvane/parcelvane.h"
 #include "src/data/data_access.h"
 #include "src/platform/codepage.h"
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/strings.h"
 
 namespace pv::roundtrip {

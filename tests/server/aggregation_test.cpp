@@ -1,7 +1,7 @@
 // Every class can live inside an outer object: its interfaces then count
 // references on the outer object and answer QueryInterface through it.
 #include "src/server/class_table.h"
-#include "src/server/module.h"
+#include "src/com/module_lock.h"
 #include "tests/test_util.h"
 
 namespace pv::test {

@@ -1,6 +1,6 @@
 // The class table, class objects, creation and module lifetime.
 #include "src/server/class_table.h"
-#include "src/server/module.h"
+#include "src/com/module_lock.h"
 #include "tests/test_util.h"
 
 namespace pv::test {

@@ -1,6 +1,9 @@
 // Late binding: the descriptions follow the interfaces' slot order and the
 // dispatch identifier rule, and Invoke converts arguments and results.
-#include "src/server/dispatch.h"
+#include <cstring>
+#include <vector>
+
+#include "src/com/dispatch.h"
 #include "tests/test_util.h"
 
 namespace pv::test {
@@ -8,20 +11,46 @@ namespace {
 
 // On the Itanium ABI (gcc, clang, mingw) a pointer to a virtual member
 // holds one more than the byte offset of its slot in the vtable.
-int SlotOf(const DispatchMember& m) {
-  EXPECT_EQ(m.memberWord & 1u, 1u) << m.name << " is not virtual";
-  return static_cast<int>((m.memberWord - 1) / sizeof(void*));
+template <class P>
+int SlotOf(P member) {
+  uintptr_t word = 0;
+  static_assert(sizeof(P) >= sizeof(uintptr_t), "member pointers hold at least a word");
+  std::memcpy(&word, &member, sizeof word);
+  EXPECT_EQ(word & 1u, 1u) << "not virtual";
+  return static_cast<int>((word - 1) / sizeof(void*));
 }
+
+struct Slot {
+  const char* name;
+  int slot;
+};
+
+// Every operation of an interface's member list with its vtable slot.
+#define PV_SLOT_OF(kind, name, params, optional) {#name, SlotOf(&Itf::PV_MEMBER_NAME_##kind(name))},
+template <class I>
+std::vector<Slot> SlotsOf();
+#define PV_DEFINE_SLOTS(I)               \
+  template <>                            \
+  std::vector<Slot> SlotsOf<I>() {       \
+    using Itf = I;                       \
+    return {PV_MEMBERS_##I(PV_SLOT_OF)}; \
+  }
+PV_DUAL_INTERFACES(PV_DEFINE_SLOTS)
+#undef PV_DEFINE_SLOTS
+#undef PV_SLOT_OF
 
 template <class I>
 void ExpectSlotOrderAndIdentifiers() {
   const DispatchTable& table = DispatchTableOf<I>();
   const auto& members = table.members();
   ASSERT_FALSE(members.empty());
+  const std::vector<Slot> slots = SlotsOf<I>();
+  ASSERT_EQ(slots.size(), members.size()) << table.interfaceName();
   for (size_t i = 0; i < members.size(); ++i) {
     const DispatchMember& m = members[i];
+    EXPECT_STREQ(m.name, slots[i].name) << table.interfaceName();
     // The class's own operations start at slot 7, after IUnknown and IDispatch.
-    EXPECT_EQ(SlotOf(m), static_cast<int>(7 + i)) << table.interfaceName() << "." << m.name;
+    EXPECT_EQ(slots[i].slot, static_cast<int>(7 + i)) << table.interfaceName() << "." << m.name;
     DISPID expected = DispatchTable::kFirstId + static_cast<DISPID>(i);
     if (i > 0 && m.kind != MemberKind::kMethod && members[i - 1].kind != MemberKind::kMethod &&
         std::string(members[i - 1].name) == m.name) {

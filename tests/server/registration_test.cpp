@@ -13,7 +13,7 @@
 #include "src/platform/reg_file.h"
 #include "src/platform/module_file.h"
 #include "src/server/class_table.h"
-#include "src/server/guid_text.h"
+#include "src/com/guid_text.h"
 #include "tests/server/registry_dir.h"
 #include "tests/test_util.h"
 

@@ -97,6 +97,14 @@ TEST(RepairRawUtf8, RawUtf8ReadAsSingleBytesIsReadAgain) {
   EXPECT_EQ(RepairRawUtf8(u"Gr\u00C3\u00BC\u00C3\u0178e"), u"Gr\u00FC\u00DFe");
 }
 
+TEST(RepairRawUtf8, RawUtf8ReadAsIso88591IsReadAgain) {
+  // "Æ" is C3 86 in UTF-8; ISO-8859-1 reads 0x86 as the control U+0086.
+  EXPECT_EQ(RepairRawUtf8(u"DISCOVER\u00C3\u0086 Card"), u"DISCOVER\u00C6 Card");
+  EXPECT_EQ(RepairRawUtf8(u"\u00C2\u0080"), u"\u0080");
+  // A control character alone is no UTF-8 sequence and stays.
+  EXPECT_EQ(RepairRawUtf8(u"a\u0086b"), u"a\u0086b");
+}
+
 TEST(RepairRawUtf8, RealSingleByteTextStays) {
   EXPECT_EQ(RepairRawUtf8(u"Gr\u00FC\u00DFe"), u"Gr\u00FC\u00DFe");
   EXPECT_EQ(RepairRawUtf8(u"\u20AC 5"), u"\u20AC 5");

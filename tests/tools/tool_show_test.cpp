@@ -200,6 +200,14 @@ TEST(ToolText, APlainMessageHasATextBody) {
   EXPECT_EQ(r.out, "Hi Dave,\n\nare you free for lunch on Friday? The usual place at noon.\n\nCarol\n");
 }
 
+TEST(ToolText, RawUtf8InAnIso88591BodyIsShownAsUtf8) {
+  // "\u00C6" (C3 86) in a body declared ISO-8859-1: 0x86 is a control there.
+  const RunResult r = RunTool({"text", "-"}, WithStdin("Content-Type: text/plain; charset=iso-8859-1\n\n"
+                                                       "DISCOVER\xC3\x86 Card, caf\xE9\n"));
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(r.out, "DISCOVER\xC3\x86 Card, caf\xC3\xA9\n");
+}
+
 TEST(ToolHtml, PrintsTheDecodedHtmlBody) {
   const RunResult r = RunTool({"html", Sample("multipart-report.eml")});
   EXPECT_EQ(r.exit_code, 0);

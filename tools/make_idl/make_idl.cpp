@@ -17,8 +17,8 @@
 #include <string>
 #include <vector>
 
-#include "src/server/dispatch_ids.h"
-#include "src/server/guid_text.h"
+#include "src/com/dispatch_ids.h"
+#include "src/com/guid_text.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
 // A counted reference to an object: AddRef on copy, Release on drop.
-#ifndef PARCELVANE_SRC_PLATFORM_COM_PTR_H
-#define PARCELVANE_SRC_PLATFORM_COM_PTR_H
+#ifndef PARCELVANE_SRC_COM_COM_PTR_H
+#define PARCELVANE_SRC_COM_COM_PTR_H
 
 #include <cstddef>
 #include <utility>
 
 #include "parcelvane/platform.h"
-#include "src/platform/iid_of.h"
+#include "src/com/iid_of.h"
 
 namespace pv {
 
@@ -88,4 +88,4 @@ class ComPtr {
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_PLATFORM_COM_PTR_H
+#endif  // PARCELVANE_SRC_COM_COM_PTR_H

@@ -2,8 +2,8 @@
 // identifier: the first identifier plus the operation's position, except
 // that the second operation of a property pair takes the first one's.
 // Header-only, so that the type library generator follows the same rule.
-#ifndef PARCELVANE_SRC_SERVER_DISPATCH_IDS_H
-#define PARCELVANE_SRC_SERVER_DISPATCH_IDS_H
+#ifndef PARCELVANE_SRC_COM_DISPATCH_IDS_H
+#define PARCELVANE_SRC_COM_DISPATCH_IDS_H
 
 #include <cstddef>
 #include <cstring>
@@ -30,4 +30,4 @@ inline void AssignDispatchIds(size_t count, const char* const* names, const bool
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_DISPATCH_IDS_H
+#endif  // PARCELVANE_SRC_COM_DISPATCH_IDS_H

@@ -8,17 +8,17 @@
 //     explicit DataObject(IUnknown* outer) : ComObject(outer) {}
 //     ... the interface's operations ...
 //   };
-#ifndef PARCELVANE_SRC_SERVER_COM_OBJECT_H
-#define PARCELVANE_SRC_SERVER_COM_OBJECT_H
+#ifndef PARCELVANE_SRC_COM_COM_OBJECT_H
+#define PARCELVANE_SRC_COM_COM_OBJECT_H
 
 #include <exception>
 #include <new>
 #include <type_traits>
 
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/type_library.h"
-#include "src/server/dispatch.h"
-#include "src/server/object_core.h"
+#include "src/com/dispatch.h"
+#include "src/com/object_core.h"
 
 // Declares, inside a class, the override of every operation of an
 // interface: PV_MEMBERS_IEMSDataObject(PV_OVERRIDE_MEMBER)
@@ -139,4 +139,4 @@ ComPtr<T> ImplOf(IUnknown* p) {
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_COM_OBJECT_H
+#endif  // PARCELVANE_SRC_COM_COM_OBJECT_H

@@ -1,7 +1,7 @@
 // The late-binding description of every dual interface, built from the
 // interface's member list, so it has the interface's slot order by
 // construction.
-#include "src/server/dispatch_args.h"
+#include "src/com/dispatch_args.h"
 
 namespace pv {
 

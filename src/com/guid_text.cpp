@@ -1,4 +1,4 @@
-#include "src/server/guid_text.h"
+#include "src/com/guid_text.h"
 
 #include <cstdio>
 

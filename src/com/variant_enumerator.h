@@ -2,8 +2,8 @@
 // scripts can walk it (VBScript's For Each, JScript's Enumerator): a
 // snapshot of the items taken when the enumerator is made, shared by its
 // clones.
-#ifndef PARCELVANE_SRC_SERVER_VARIANT_ENUMERATOR_H
-#define PARCELVANE_SRC_SERVER_VARIANT_ENUMERATOR_H
+#ifndef PARCELVANE_SRC_COM_VARIANT_ENUMERATOR_H
+#define PARCELVANE_SRC_COM_VARIANT_ENUMERATOR_H
 
 #include <memory>
 #include <vector>
@@ -18,4 +18,4 @@ HRESULT MakeVariantEnumerator(std::vector<VARIANT> items, IEnumVARIANT** out);
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_VARIANT_ENUMERATOR_H
+#endif  // PARCELVANE_SRC_COM_VARIANT_ENUMERATOR_H

@@ -1,11 +1,11 @@
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 
 #include <memory>
 #include <string>
 
 #include "src/platform/codepage.h"
-#include "src/server/dispatch_ids.h"
-#include "src/server/variant_enumerator.h"
+#include "src/com/dispatch_ids.h"
+#include "src/com/variant_enumerator.h"
 
 namespace pv {
 namespace {

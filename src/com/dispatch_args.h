@@ -1,8 +1,8 @@
 // Conversion of late-bound arguments to the C++ parameter types of the
 // interfaces, and of results back to variants. Included only where the
 // dispatch descriptions are built.
-#ifndef PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
-#define PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
+#ifndef PARCELVANE_SRC_COM_DISPATCH_ARGS_H
+#define PARCELVANE_SRC_COM_DISPATCH_ARGS_H
 
 #include <cmath>
 #include <cstdint>
@@ -12,9 +12,9 @@
 #include <type_traits>
 #include <utility>
 
-#include "src/platform/com_ptr.h"
+#include "src/com/com_ptr.h"
 #include "src/platform/strings.h"
-#include "src/server/dispatch.h"
+#include "src/com/dispatch.h"
 
 namespace pv::dispatch {
 
@@ -214,22 +214,12 @@ struct Thunk<Member> {
   }
 };
 
-// The first word of a member pointer: on the Itanium ABI, one more than the
-// byte offset of a virtual function's slot.
-template <class P>
-uintptr_t MemberWord(P member) {
-  uintptr_t word = 0;
-  static_assert(sizeof(P) >= sizeof(uintptr_t), "member pointers hold at least a word");
-  std::memcpy(&word, &member, sizeof word);
-  return word;
-}
-
 template <auto Member>
 DispatchMember Describe(const char* name, MemberKind kind, int optional) {
   using T = Thunk<Member>;
-  return DispatchMember{name, kind, T::kInCount, optional, T::kHasResult, &T::Call, MemberWord(Member), 0};
+  return DispatchMember{name, kind, T::kInCount, optional, T::kHasResult, &T::Call, 0};
 }
 
 }  // namespace pv::dispatch
 
-#endif  // PARCELVANE_SRC_SERVER_DISPATCH_ARGS_H
+#endif  // PARCELVANE_SRC_COM_DISPATCH_ARGS_H

@@ -1,4 +1,4 @@
-#include "src/server/dispatch_args.h"
+#include "src/com/dispatch_args.h"
 
 #include <cstdio>
 

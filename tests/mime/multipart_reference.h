@@ -1,18 +1,15 @@
-// Cutting a multipart body at its boundary lines.
-#ifndef PARCELVANE_SRC_MIME_MULTIPART_SPLIT_H
-#define PARCELVANE_SRC_MIME_MULTIPART_SPLIT_H
+// The reference splitter: a plain scan of one body for its delimiter lines,
+// which the library's splitter (one buffer, shared indexes) must match.
+#ifndef PARCELVANE_TESTS_MIME_MULTIPART_REFERENCE_H
+#define PARCELVANE_TESTS_MIME_MULTIPART_REFERENCE_H
 
 #include <cstddef>
 #include <string_view>
 #include <vector>
 
-namespace pv {
+#include "src/mime/multipart_splitter.h"
 
-// One child's bytes, as an offset into the body and a length.
-struct ChildSpan {
-  size_t offset;
-  size_t length;
-};
+namespace pv {
 
 // Finds the children of a multipart body with delimiter "--" + boundary.
 // The preamble before the first delimiter and the epilogue after the
@@ -30,4 +27,4 @@ std::vector<ChildSpan> SplitMultipartBody(std::string_view body, std::string_vie
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_MIME_MULTIPART_SPLIT_H
+#endif  // PARCELVANE_TESTS_MIME_MULTIPART_REFERENCE_H

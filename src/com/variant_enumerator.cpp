@@ -1,8 +1,8 @@
-#include "src/server/variant_enumerator.h"
+#include "src/com/variant_enumerator.h"
 
 #include <new>
 
-#include "src/server/object_core.h"
+#include "src/com/object_core.h"
 
 namespace pv {
 namespace {

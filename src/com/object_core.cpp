@@ -1,7 +1,7 @@
-#include "src/server/object_core.h"
+#include "src/com/object_core.h"
 
 #include "src/platform/thread_slot.h"
-#include "src/server/module.h"
+#include "src/com/module_lock.h"
 
 namespace pv {
 

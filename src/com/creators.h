@@ -2,8 +2,8 @@
 // class objects call it: outer null for a standalone object, or the outer
 // unknown (with riid IID_IUnknown) for an aggregated one. Each class
 // defines its own next to its implementation.
-#ifndef PARCELVANE_SRC_SERVER_CREATORS_H
-#define PARCELVANE_SRC_SERVER_CREATORS_H
+#ifndef PARCELVANE_SRC_COM_CREATORS_H
+#define PARCELVANE_SRC_COM_CREATORS_H
 
 #include "parcelvane/identifiers.h"
 #include "parcelvane/platform.h"
@@ -17,4 +17,4 @@ PV_CLASSES(PV_DECLARE_CREATOR)
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_CREATORS_H
+#endif  // PARCELVANE_SRC_COM_CREATORS_H

@@ -1,14 +1,14 @@
 // Late binding: the description of each dual interface (its operations'
 // names, kinds, dispatch identifiers and argument counts) and the IDispatch
 // behaviour driven by it.
-#ifndef PARCELVANE_SRC_SERVER_DISPATCH_H
-#define PARCELVANE_SRC_SERVER_DISPATCH_H
+#ifndef PARCELVANE_SRC_COM_DISPATCH_H
+#define PARCELVANE_SRC_COM_DISPATCH_H
 
 #include <cstdint>
 #include <vector>
 
 #include "parcelvane/interfaces.h"
-#include "src/server/dispatch_ids.h"
+#include "src/com/dispatch_ids.h"
 #include "src/platform/strings.h"
 
 namespace pv {
@@ -31,8 +31,7 @@ struct DispatchMember {
   int optionalCount;  // trailing in-arguments that may be left out
   bool hasResult;
   InvokeThunk thunk;
-  uintptr_t memberWord;  // first word of the member pointer (for slot checks in tests)
-  DISPID id;             // filled in by the table
+  DISPID id;  // filled in by the table
 };
 
 // A collection's two members for scripts: the indexed getter that answers
@@ -85,4 +84,4 @@ PV_DUAL_INTERFACES(PV_DECLARE_DISPATCH_TABLE)
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_DISPATCH_H
+#endif  // PARCELVANE_SRC_COM_DISPATCH_H

@@ -1,6 +1,6 @@
 // GUIDs as registry text: "{F43DBF87-A05E-4D95-88A1-354ADBAE7295}".
-#ifndef PARCELVANE_SRC_SERVER_GUID_TEXT_H
-#define PARCELVANE_SRC_SERVER_GUID_TEXT_H
+#ifndef PARCELVANE_SRC_COM_GUID_TEXT_H
+#define PARCELVANE_SRC_COM_GUID_TEXT_H
 
 #include <string>
 #include <string_view>
@@ -16,4 +16,4 @@ bool ParseGuidText(std::string_view text, GUID* guid);
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_GUID_TEXT_H
+#endif  // PARCELVANE_SRC_COM_GUID_TEXT_H

@@ -1,8 +1,8 @@
 // The part of every object that the component model needs: its reference
 // count, its non-delegating unknown (so that it can be aggregated), and
 // stack-safe destruction.
-#ifndef PARCELVANE_SRC_SERVER_OBJECT_CORE_H
-#define PARCELVANE_SRC_SERVER_OBJECT_CORE_H
+#ifndef PARCELVANE_SRC_COM_OBJECT_CORE_H
+#define PARCELVANE_SRC_COM_OBJECT_CORE_H
 
 #include "parcelvane/platform.h"
 
@@ -61,4 +61,4 @@ class ObjectCore {
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_OBJECT_CORE_H
+#endif  // PARCELVANE_SRC_COM_OBJECT_CORE_H

@@ -1,6 +1,7 @@
 // Module lifetime: the lock count that tells a host when it may unload us.
-#ifndef PARCELVANE_SRC_SERVER_MODULE_H
-#define PARCELVANE_SRC_SERVER_MODULE_H
+// Every object and every locked class object holds one.
+#ifndef PARCELVANE_SRC_COM_MODULE_LOCK_H
+#define PARCELVANE_SRC_COM_MODULE_LOCK_H
 
 #include "parcelvane/platform.h"
 
@@ -12,4 +13,4 @@ LONG ModuleLockCount();
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_SERVER_MODULE_H
+#endif  // PARCELVANE_SRC_COM_MODULE_LOCK_H

@@ -1,6 +1,6 @@
 // The identifier of each interface type, for typed QueryInterface calls.
-#ifndef PARCELVANE_SRC_PLATFORM_IID_OF_H
-#define PARCELVANE_SRC_PLATFORM_IID_OF_H
+#ifndef PARCELVANE_SRC_COM_IID_OF_H
+#define PARCELVANE_SRC_COM_IID_OF_H
 
 #include "parcelvane/identifiers.h"
 #include "parcelvane/interfaces.h"
@@ -25,4 +25,4 @@ PV_IID_OF(IClassFactory)
 
 }  // namespace pv
 
-#endif  // PARCELVANE_SRC_PLATFORM_IID_OF_H
+#endif  // PARCELVANE_SRC_COM_IID_OF_H
