@@ -3,12 +3,14 @@
 #include <pybind11/stl.h>
 
 #include <cstring>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "src/com_error.h"
 #include "src/dispatch_object.h"
+#include "src/python_bytes.h"
 #include "src/variant_convert.h"
 #include "tools/exit_codes.h"
 #include "tools/line_ends.h"
@@ -80,81 +82,6 @@ bool FindParameter(IEMSMimePart* part, const char* field_name, const char* name,
     return true;
   }
   return false;
-}
-
-// Where the message starts in `bytes`, as the command prepares input: a
-// UTF-8 byte order mark, blank lines and an mbox "From " line are skipped,
-// except before a message without header fields (its own empty header).
-size_t MessageStart(std::string_view bytes, bool* empty_header) {
-  size_t start = bytes.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
-  const std::string_view rest = bytes.substr(start);
-  const size_t blanks = pvtool::LeadingBlankBytes(rest);
-  *empty_header = (rest.compare(0, 4, "\r\n\r\n") == 0 || rest.compare(0, 2, "\n\n") == 0) &&
-                  blanks < rest.size() && !pvtool::NotAMessageReason(rest.substr(blanks)).empty();
-  if (!*empty_header) start += blanks;
-  if (!*empty_header && bytes.compare(start, 5, "From ") == 0) {
-    const size_t line_end = bytes.find('\n', start);
-    start = line_end == std::string_view::npos ? bytes.size() : line_end + 1;
-    start += pvtool::LeadingBlankBytes(bytes.substr(start));
-  }
-  return start;
-}
-
-// The data object of a message to parse, prepared as the command prepares
-// it, with as few copies as the library's entry allows: the bytes go
-// straight into the array handed to it, bare LFs turned into CR LF on the
-// way (each copy of a large message is paid again in fresh pages).
-Ref<IEMSDataObject> PreparedData(std::string_view input, bool crlf) {
-  bool empty_header = false;
-  const std::string_view bytes = input.substr(MessageStart(input, &empty_header));
-  uint64_t bare = 0;
-  if (crlf) {
-    for (const char* p = bytes.data(); (p = static_cast<const char*>(std::memchr(p, '\n', bytes.data() + bytes.size() - p))) != nullptr; ++p) {
-      if (p == bytes.data() || p[-1] != '\r') ++bare;
-    }
-  }
-  const uint64_t size = bytes.size() + bare;
-  if (size > 0xFFFFFFFFull) throw py::value_error("input: larger than 4 GiB, too large for a message");
-  // The command's check looks at the first line and the header block only,
-  // where bare LFs do not change its answer.
-  const std::string reason = empty_header ? std::string() : pvtool::NotAMessageReason(bytes);
-  if (!reason.empty()) throw py::value_error("input: not a message: it " + reason);
-  SAFEARRAY* array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(size));
-  if (array == nullptr) throw std::bad_alloc();
-  void* elements = nullptr;
-  if (FAILED(SafeArrayAccessData(array, &elements))) {
-    SafeArrayDestroy(array);
-    throw std::bad_alloc();
-  }
-  char* out = static_cast<char*>(elements);
-  if (bare == 0) {
-    if (!bytes.empty()) std::memcpy(out, bytes.data(), bytes.size());
-  } else {
-    size_t copied = 0;
-    for (size_t i = 0; i < bytes.size(); ++i) {
-      const char* lf = static_cast<const char*>(std::memchr(bytes.data() + i, '\n', bytes.size() - i));
-      if (lf == nullptr) break;
-      i = static_cast<size_t>(lf - bytes.data());
-      if (i > 0 && bytes[i - 1] == '\r') continue;
-      std::memcpy(out, bytes.data() + copied, i - copied);
-      out += i - copied;
-      *out++ = '\r';
-      *out++ = '\n';
-      copied = i + 1;
-    }
-    std::memcpy(out, bytes.data() + copied, bytes.size() - copied);
-  }
-  SafeArrayUnaccessData(array);
-  VARIANT v;
-  VariantInit(&v);
-  v.vt = VT_ARRAY | VT_UI1;
-  v.parray = array;
-  Ref<IEMSDataObject> data;
-  HRESULT hr = PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(data.put()));
-  if (SUCCEEDED(hr)) hr = data->put_Data(v);
-  VariantClear(&v);
-  if (FAILED(hr)) ThrowComError(hr, "EMSDataObject.Data (put)");
-  return data;
 }
 
 py::object WrapInterface(IUnknown* object) {
@@ -308,17 +235,36 @@ class MessageCore {
   MessageCore(const MessageCore&) = delete;
   MessageCore& operator=(const MessageCore&) = delete;
 
-  static MessageCore* Parse(py::buffer data, bool crlf) {
-    py::buffer_info info = data.request();
-    const std::string_view input(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
-    Ref<IEMSDataObject> prepared = PreparedData(input, crlf);
-    Ref<IEMSMessageParser> message;
-    HRESULT hr = PvCreateInstance(CLSID_EMSMessageParser, nullptr, IID_IEMSMessageParser,
-                                  reinterpret_cast<void**>(message.put()));
-    if (FAILED(hr)) ThrowComError(hr, "EMSMessageParser (creating)");
-    hr = message->ParseObject(prepared.get());
-    if (FAILED(hr)) ThrowComError(hr, "EMSMessageParser.ParseObject");
-    return new MessageCore(std::move(message));
+  // Prepares the input as the command does and parses it without a copy
+  // where it allows: the message refers to the bytes of an immutable input,
+  // or to the converted text when line ends had to change.
+  static MessageCore* Parse(py::handle data, bool crlf) {
+    std::shared_ptr<const void> owner;
+    std::string_view input;
+    if (std::shared_ptr<const PythonBytes> held = PythonBytes::HoldImmutable(data)) {
+      input = held->view();
+      owner = held;
+    } else {
+      // A mutable buffer may change after the call: the message keeps a copy.
+      py::bytes copy = py::reinterpret_steal<py::bytes>(PyBytes_FromObject(data.ptr()));
+      if (!copy) throw py::error_already_set();
+      std::shared_ptr<const PythonBytes> held_copy = PythonBytes::HoldImmutable(copy);
+      input = held_copy->view();
+      owner = held_copy;
+    }
+    pvtool::LoadOptions options;
+    options.crlf = crlf;
+    auto converted = std::make_shared<std::string>();
+    try {
+      const std::string_view prepared = pvtool::PrepareMessageView(input, options, "input", converted.get());
+      if (!converted->empty() && prepared.data() >= converted->data() &&
+          prepared.data() <= converted->data() + converted->size()) {
+        owner = converted;  // the view is into the converted text
+      }
+      return new MessageCore(pvtool::ParseMessageOver(prepared, std::move(owner)));
+    } catch (const pvtool::ToolError& error) {
+      throw py::value_error(error.what());
+    }
   }
 
   py::str subject() const {
@@ -486,7 +432,8 @@ void DefineMessageCore(py::module_& module) {
       .def("headers", &PartCore::headers)
       .def("dispatch", &PartCore::dispatch);
   py::class_<MessageCore>(module, "MessageCore")
-      .def_static("parse", &MessageCore::Parse, py::arg("data"), py::arg("crlf") = true)
+      .def_static("parse", &MessageCore::Parse, py::arg("data"), py::arg("crlf") = true,
+                  py::return_value_policy::take_ownership)
       .def("subject", &MessageCore::subject)
       .def("sender", &MessageCore::sender)
       .def("addresses", &MessageCore::addresses)
@@ -505,11 +452,12 @@ void DefineMessageCore(py::module_& module) {
       [](py::buffer data, bool crlf) {
         // The bytes parse() hands to the library: what the command prepares.
         py::buffer_info info = data.request();
-        std::string bytes(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
+        const std::string_view input(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
         pvtool::LoadOptions options;
         options.crlf = crlf;
+        std::string converted;
         try {
-          return py::bytes(pvtool::PrepareMessageBytes(std::move(bytes), options, "input"));
+          return py::bytes(std::string(pvtool::PrepareMessageView(input, options, "input", &converted)));
         } catch (const pvtool::ToolError& error) {
           throw py::value_error(error.what());
         }

@@ -6,6 +6,7 @@
 
 #include "src/com_error.h"
 #include "src/dispatch_object.h"
+#include "src/python_bytes.h"
 
 namespace py = pybind11;
 
@@ -248,8 +249,9 @@ void ToVariant(py::handle value, const Param* param, const std::string& where, V
       return;
     }
     if (type == ValueType::kObject && param->type_name == "IEMSDataObject") {
+      // Immutable bytes are not copied: the data object refers to them.
       out->vt = VT_DISPATCH;
-      out->pdispVal = NewDataObject(value);
+      out->pdispVal = DataObjectOver(value);
       return;
     }
     ThrowType(where, type == ValueType::kObject ? "a parcelvane object" : "a number or str", value);

@@ -261,3 +261,33 @@ def test_live_objects_return_to_zero_after_100000():
     gc.collect()
     assert parcelvane.live_objects() == before
     assert parcelvane._native.can_unload() == (before == 0)
+
+
+def test_immutable_bytes_are_not_copied_and_are_let_go():
+    import sys
+
+    payload = b"Subject: zero copy\r\n\r\n" + b"x" * 100_000
+    base = sys.getrefcount(payload)
+    parser = Dispatch("EMSMessageParser")
+    parser.ParseObject(payload)  # the data object refers to the bytes themselves
+    assert sys.getrefcount(payload) == base + 1
+    assert parser.Subject == "zero copy"
+    view = memoryview(payload)[:30]
+    other = Dispatch("EMSMessageParser")
+    other.ParseObject(view)
+    assert other.Subject == "zero copy"
+    del parser, other, view
+    gc.collect()
+    assert sys.getrefcount(payload) == base
+
+
+def test_mutable_bytes_are_copied():
+    import sys
+
+    payload = bytearray(b"Subject: before\r\n\r\nbody")
+    base = sys.getrefcount(payload)
+    parser = Dispatch("EMSMessageParser")
+    parser.ParseObject(payload)
+    assert sys.getrefcount(payload) == base
+    payload[9:15] = b"AFTER!"
+    assert parser.Subject == "before"

@@ -245,3 +245,26 @@ def test_module_entry_errors(tool, tmp_path):
     got = subprocess.run([sys.executable, "-m", "parcelvane", missing], capture_output=True)
     assert (got.returncode, got.stdout, got.stderr) == (expected.returncode, expected.stdout, expected.stderr)
     assert got.returncode == 3
+
+
+def test_parse_refers_to_immutable_input_and_copies_the_rest():
+    import gc
+    import sys
+
+    crlf = b"Subject: held\r\n\r\nbody\r\n"
+    base = sys.getrefcount(crlf)
+    msg = parse(crlf)
+    assert sys.getrefcount(crlf) == base + 1  # no copy: the message holds the bytes
+    assert msg.subject == "held"
+    del msg
+    gc.collect()
+    assert sys.getrefcount(crlf) == base
+    lf = b"Subject: converted\n\nbody\n"
+    base = sys.getrefcount(lf)
+    msg = parse(lf)
+    assert sys.getrefcount(lf) == base  # line ends converted: the message holds its own text
+    assert msg.text == "body\n"
+    data = bytearray(b"Subject: mutable\r\n\r\nbody")
+    msg = parse(data)
+    data[9:16] = b"CHANGED"
+    assert msg.subject == "mutable"
