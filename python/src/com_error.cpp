@@ -75,7 +75,8 @@ void ThrowComError(HRESULT hr, const std::string& operation, const std::string& 
   const std::string message = StatusText(hr);
   char code[16];
   std::snprintf(code, sizeof code, "0x%08X", static_cast<unsigned>(hr));
-  py::object error = py::reinterpret_borrow<py::object>(com_error_type)(operation + ": " + message + " (" + code + ")");
+  py::object error =
+      py::reinterpret_borrow<py::object>(com_error_type)(operation + ": " + message + " (" + code + ")");
   error.attr("hresult") = static_cast<uint32_t>(hr);
   error.attr("operation") = operation;
   error.attr("message") = message;

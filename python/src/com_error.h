@@ -18,7 +18,8 @@ void DefineComError(pybind11::module_& module);
 std::string StatusText(HRESULT hr);
 
 // Raises ComError; `description` is the library's own text, when it gave one.
-[[noreturn]] void ThrowComError(HRESULT hr, const std::string& operation, const std::string& description = "");
+[[noreturn]] void ThrowComError(HRESULT hr, const std::string& operation,
+                                const std::string& description = "");
 
 }  // namespace pvpy
 

@@ -100,7 +100,8 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
   Ref<IEMSMessageParameter> disposition;
   Check(part->FindHeader(Bstr("Content-Type").get(), type.put()), "EMSMimePart.FindHeader");
   Check(part->FindHeader(Bstr("Content-Disposition").get(), disposition.put()), "EMSMimePart.FindHeader");
-  if (!type || !disposition) ThrowComError(E_FAIL, "EMSMimePart.CreateAttach", "the library wrote no content type");
+  if (!type || !disposition)
+    ThrowComError(E_FAIL, "EMSMimePart.CreateAttach", "the library wrote no content type");
   Bstr raw;
   Check(type->get_RawData(raw.put()), "EMSMessageParameter.RawData");
   const std::string raw_type = raw.utf8();
@@ -109,7 +110,8 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
   const std::string type_text = content_type + ";\r\n\tname=" + QuotedValue(name, std::strlen("\tname="));
   Check(type->put_UnfoldedData(Bstr(type_text).get()), "EMSMessageParameter.UnfoldedData");
   Ref<IEMSContentDisposition> state;
-  if (SUCCEEDED(disposition->QueryInterface(IID_IEMSContentDisposition, reinterpret_cast<void**>(state.put())))) {
+  if (SUCCEEDED(
+          disposition->QueryInterface(IID_IEMSContentDisposition, reinterpret_cast<void**>(state.put())))) {
     state->put_DispositionType(Bstr("attachment").get());
   }
   disposition->RemoveAttribute(Bstr("filename").get());
@@ -122,7 +124,8 @@ void WriteNameParameters(IEMSMimePart* part, const std::string& name) {
 void MakeEmptyBody(IEMSMimePart* part) {
   Check(part->put_BodyObject(pvtool::MakeData("\r\n\r\n").get()), "EMSMimePart.BodyObject");
   Ref<IEMSMessageParameter> encoding;
-  Check(part->CreateHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put()), "EMSMimePart.CreateHeader");
+  Check(part->CreateHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put()),
+        "EMSMimePart.CreateHeader");
   if (encoding) Check(encoding->put_RawData(Bstr("base64").get()), "EMSMessageParameter.RawData");
 }
 
@@ -159,7 +162,8 @@ py::bytes Compose(const py::dict& r) {
   m->put_HtmlCodePage(kUtf8);
 
   const std::string date = r["date"].cast<std::string>();
-  if (!date.empty()) Check(m->put_HeaderString(Bstr("Date").get(), Bstr(date).get()), "EMSMessageParser.HeaderString");
+  if (!date.empty())
+    Check(m->put_HeaderString(Bstr("Date").get(), Bstr(date).get()), "EMSMessageParser.HeaderString");
   AddMailboxes(m, "From", r["sender"].cast<Addresses>());
   AddMailboxes(m, "To", r["to"].cast<Addresses>());
   AddMailboxes(m, "Cc", r["cc"].cast<Addresses>());

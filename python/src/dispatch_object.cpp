@@ -208,7 +208,8 @@ py::object DispatchObject::Invoke(DISPID id, WORD flags, const Member* member, c
         bad_argument < count) {
       const size_t position = count - 1 - bad_argument;
       description = "argument " + std::to_string(position + 1);
-      if (member != nullptr && position < member->in.size()) description += " (" + member->in[position].name + ")";
+      if (member != nullptr && position < member->in.size())
+        description += " (" + member->in[position].name + ")";
     }
     ThrowComError(hr, operation, description);
   }
@@ -255,21 +256,25 @@ void DefineDispatch(py::module_& module) {
              if (info == nullptr) {
                // Nothing known but the name: a call that may be a method or a getter.
                DISPID id = self.IdOf(name);
-               return py::cast(BoundMember{self_object, nullptr, id, DISPATCH_METHOD | DISPATCH_PROPERTYGET, false});
+               return py::cast(
+                   BoundMember{self_object, nullptr, id, DISPATCH_METHOD | DISPATCH_PROPERTYGET, false});
              }
              if (const Member* get = info->Find(name, MemberKind::kGet)) {
                const DISPID id = self.IdOf(get->name);
                if (get->in.empty()) {
-                 return self.Invoke(id, DISPATCH_PROPERTYGET, get, py::tuple(), info->class_name + "." + get->name);
+                 return self.Invoke(id, DISPATCH_PROPERTYGET, get, py::tuple(),
+                                    info->class_name + "." + get->name);
                }
                return py::cast(BoundMember{self_object, get, id, DISPATCH_PROPERTYGET, false});
              }
              if (const Member* method = info->Find(name, MemberKind::kMethod)) {
-               return py::cast(BoundMember{self_object, method, self.IdOf(method->name), DISPATCH_METHOD, false});
+               return py::cast(
+                   BoundMember{self_object, method, self.IdOf(method->name), DISPATCH_METHOD, false});
              }
              if (name.size() > 3 && SameNameIgnoringCase(name.substr(0, 3), "set")) {
                if (const Member* put = info->Find(name.substr(3), MemberKind::kPut)) {
-                 return py::cast(BoundMember{self_object, put, self.IdOf(put->name), DISPATCH_PROPERTYPUT, true});
+                 return py::cast(
+                     BoundMember{self_object, put, self.IdOf(put->name), DISPATCH_PROPERTYPUT, true});
                }
              }
              if (const Member* put = info->Find(name, MemberKind::kPut)) {
@@ -312,7 +317,8 @@ void DefineDispatch(py::module_& module) {
              }
              return names;
            })
-      .def("__repr__", [](const DispatchObject& self) { return "<parcelvane." + self.ClassName() + " object>"; })
+      .def("__repr__",
+           [](const DispatchObject& self) { return "<parcelvane." + self.ClassName() + " object>"; })
       .def("__bool__", [](const DispatchObject&) { return true; })
       .def("__eq__",
            [](const DispatchObject& self, py::object other) {
@@ -368,9 +374,9 @@ void DefineDispatch(py::module_& module) {
              DISPPARAMS none{nullptr, nullptr, 0, 0};
              VARIANT result;
              VariantInit(&result);
-             HRESULT hr = self.get()->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT,
-                                             DISPATCH_METHOD | DISPATCH_PROPERTYGET, &none, &result, nullptr,
-                                             nullptr);
+             HRESULT hr =
+                 self.get()->Invoke(DISPID_NEWENUM, IID_NULL, LOCALE_USER_DEFAULT,
+                                    DISPATCH_METHOD | DISPATCH_PROPERTYGET, &none, &result, nullptr, nullptr);
              if (FAILED(hr)) ThrowComError(hr, info->class_name + " (enumerating)");
              IEnumVARIANT* items = nullptr;
              if (result.vt == VT_UNKNOWN && result.punkVal != nullptr) {

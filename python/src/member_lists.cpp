@@ -67,12 +67,12 @@ Member MakeMember(const char* name, MemberKind kind, const char* params, int opt
 #define PVPY_KIND_PUT MemberKind::kPut
 #define PVPY_MEMBER(kind, name, params, optional) \
   info.members.push_back(MakeMember(#name, PVPY_KIND_##kind, #params, optional));
-#define PVPY_INTERFACE(I)                     \
-  {                                           \
-    InterfaceInfo info;                       \
-    info.interface_name = #I;                 \
-    info.class_name = std::string(#I).substr(1); \
-    info.iid = &IID_##I;                      \
+#define PVPY_INTERFACE(I)                                        \
+  {                                                              \
+    InterfaceInfo info;                                          \
+    info.interface_name = #I;                                    \
+    info.class_name = std::string(#I).substr(1);                 \
+    info.iid = &IID_##I;                                         \
     PV_MEMBERS_##I(PVPY_MEMBER) list.push_back(std::move(info)); \
   }
 
@@ -138,7 +138,8 @@ const InterfaceInfo* IdentifyInterface(IUnknown* object) {
   if (object == nullptr) return nullptr;
   for (const InterfaceInfo& info : Interfaces()) {
     IUnknown* answer = nullptr;
-    if (SUCCEEDED(object->QueryInterface(*info.iid, reinterpret_cast<void**>(&answer))) && answer != nullptr) {
+    if (SUCCEEDED(object->QueryInterface(*info.iid, reinterpret_cast<void**>(&answer))) &&
+        answer != nullptr) {
       answer->Release();
       return &info;
     }

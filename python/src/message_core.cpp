@@ -40,7 +40,9 @@ bool HasEightBit(const pvtool::U16String& text) {
   return false;
 }
 
-std::string Readable(const Bstr& text, bool repair) { return repair ? pvtool::DisplayText(text) : text.utf8(); }
+std::string Readable(const Bstr& text, bool repair) {
+  return repair ? pvtool::DisplayText(text) : text.utf8();
+}
 
 std::string FirstOccurrence(const std::string& joined) { return joined.substr(0, joined.find("\r\n\r\n")); }
 
@@ -58,7 +60,6 @@ py::str PythonText(const std::string& utf8) {
   return py::str(py::reinterpret_steal<py::object>(
       PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogateescape")));
 }
-
 
 // A decoded parameter of one of a part's fields; names compare
 // case-sensitively, as in the library.
@@ -86,7 +87,8 @@ bool FindParameter(IEMSMimePart* part, const char* field_name, const char* name,
 
 py::object WrapInterface(IUnknown* object) {
   IDispatch* dispatch = nullptr;
-  if (object == nullptr || FAILED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
+  if (object == nullptr ||
+      FAILED(object->QueryInterface(IID_IDispatch, reinterpret_cast<void**>(&dispatch)))) {
     return py::none();
   }
   return WrapObject(dispatch);
@@ -117,7 +119,8 @@ class PartCore {
 
   std::string transfer_encoding() {
     Ref<IEMSMessageParameter> encoding;
-    if (FAILED(part_->FindHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put())) || !encoding) return "";
+    if (FAILED(part_->FindHeader(Bstr("Content-Transfer-Encoding").get(), encoding.put())) || !encoding)
+      return "";
     Bstr value;
     encoding->get_DecodedData(value.put());
     return Lower(pvtool::UnfoldValue(value.utf8()));
@@ -142,8 +145,9 @@ class PartCore {
     LONG flag = 0;
     part_->get_IsAttachPart(&flag);
     std::string name;
-    const bool named = children_ == 0 && (FindParameter(part_.get(), "Content-Disposition", "filename", &name) ||
-                                          FindParameter(part_.get(), "Content-Type", "name", &name));
+    const bool named =
+        children_ == 0 && (FindParameter(part_.get(), "Content-Disposition", "filename", &name) ||
+                           FindParameter(part_.get(), "Content-Type", "name", &name));
     return pvtool::IsAttachment(info, flag != 0, named);
   }
 
@@ -228,9 +232,7 @@ py::object AddressEntries(const std::vector<pvtool::AddressInfo>& entries) {
 
 class MessageCore {
  public:
-  explicit MessageCore(Ref<IEMSMessageParser> message) : view_(std::move(message)) {
-    CountCreated();
-  }
+  explicit MessageCore(Ref<IEMSMessageParser> message) : view_(std::move(message)) { CountCreated(); }
   ~MessageCore() { CountDropped(); }
   MessageCore(const MessageCore&) = delete;
   MessageCore& operator=(const MessageCore&) = delete;
@@ -309,7 +311,8 @@ class MessageCore {
       mailbox->address = Readable(address, repair);
       return !mailbox->name.empty() || !mailbox->address.empty();
     };
-    for (const pvtool::AddressPieces& pieces : pvtool::SplitAddressList(pvtool::UnfoldValue(RawField(field_name)))) {
+    for (const pvtool::AddressPieces& pieces :
+         pvtool::SplitAddressList(pvtool::UnfoldValue(RawField(field_name)))) {
       pvtool::AddressInfo entry;
       entry.group = pieces.group;
       if (pieces.group) {
@@ -339,7 +342,9 @@ class MessageCore {
     return HasEightBit(value.wide());
   }
 
-  std::string field(const std::string& name) const { return pvtool::UnfoldValue(view_.DecodedField(name.c_str())); }
+  std::string field(const std::string& name) const {
+    return pvtool::UnfoldValue(view_.DecodedField(name.c_str()));
+  }
   std::vector<std::pair<std::string, std::string>> headers() const {
     std::vector<std::pair<std::string, std::string>> lines;
     for (pvtool::HeaderLine& line : view_.AllHeaders(false)) {
@@ -364,9 +369,11 @@ class MessageCore {
       if (SUCCEEDED(part->get_MimeParts(children.put())) && children) children->get_PartsCount(&count);
       for (LONG i = count - 1; i >= 0; --i) {
         Ref<IEMSMimePart> child;
-        if (SUCCEEDED(children->get_Part(i, child.put())) && child) stack.emplace_back(std::move(child), depth + 1);
+        if (SUCCEEDED(children->get_Part(i, child.put())) && child)
+          stack.emplace_back(std::move(child), depth + 1);
       }
-      list.append(py::cast(new PartCore(std::move(part), depth, count), py::return_value_policy::take_ownership));
+      list.append(
+          py::cast(new PartCore(std::move(part), depth, count), py::return_value_policy::take_ownership));
     }
     return list;
   }
@@ -396,7 +403,8 @@ class MessageCore {
     Ref<IEMSMimePart> root;
     Ref<IEMSMimeParts> children;
     LONG count = 0;
-    if (m->get_MimePart(root.put()) == S_OK && root && SUCCEEDED(root->get_MimeParts(children.put())) && children) {
+    if (m->get_MimePart(root.put()) == S_OK && root && SUCCEEDED(root->get_MimeParts(children.put())) &&
+        children) {
       children->get_PartsCount(&count);
     }
     return PythonText(PartCore::Text(part.get(), count > 0));
@@ -452,7 +460,8 @@ void DefineMessageCore(py::module_& module) {
       [](py::buffer data, bool crlf) {
         // The bytes parse() hands to the library: what the command prepares.
         py::buffer_info info = data.request();
-        const std::string_view input(static_cast<const char*>(info.ptr), static_cast<size_t>(info.size * info.itemsize));
+        const std::string_view input(static_cast<const char*>(info.ptr),
+                                     static_cast<size_t>(info.size * info.itemsize));
         pvtool::LoadOptions options;
         options.crlf = crlf;
         std::string converted;

@@ -117,9 +117,9 @@ BSTR NewBstrFromUtf8(std::string_view utf8) {
 py::object StrFromUtf16(const OLECHAR* units, size_t count) {
   if (count == 0) return py::str("");
   int byte_order = -1;  // little-endian, as the units are in memory on this platform
-  PyObject* text = PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(units),
-                                         static_cast<Py_ssize_t>(count * sizeof(OLECHAR)), "surrogatepass",
-                                         &byte_order);
+  PyObject* text =
+      PyUnicode_DecodeUTF16(reinterpret_cast<const char*>(units),
+                            static_cast<Py_ssize_t>(count * sizeof(OLECHAR)), "surrogatepass", &byte_order);
   if (text == nullptr) throw py::error_already_set();
   return py::reinterpret_steal<py::object>(text);
 }
@@ -132,7 +132,8 @@ bool IsBytesLike(py::handle value) {
 
 IEMSDataObject* NewDataObjectFromBytes(const void* bytes, size_t size) {
   IEMSDataObject* data = nullptr;
-  HRESULT hr = PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data));
+  HRESULT hr =
+      PvCreateInstance(CLSID_EMSDataObject, nullptr, IID_IEMSDataObject, reinterpret_cast<void**>(&data));
   if (FAILED(hr)) ThrowComError(hr, "EMSDataObject (creating)");
   VARIANT v;
   VariantInit(&v);
@@ -155,7 +156,8 @@ IEMSDataObject* NewDataObjectFromBytes(const void* bytes, size_t size) {
 // The bytes of a bytes-like object, in order; a strided view is copied
 // into `copy` first.
 std::pair<const void*, size_t> ContiguousBytes(py::handle buffer, py::bytes* copy) {
-  if (PyMemoryView_Check(buffer.ptr()) && !PyBuffer_IsContiguous(PyMemoryView_GET_BUFFER(buffer.ptr()), 'C')) {
+  if (PyMemoryView_Check(buffer.ptr()) &&
+      !PyBuffer_IsContiguous(PyMemoryView_GET_BUFFER(buffer.ptr()), 'C')) {
     *copy = py::reinterpret_steal<py::bytes>(PyObject_CallMethod(buffer.ptr(), "tobytes", nullptr));
     if (!*copy) throw py::error_already_set();
     return {PyBytes_AS_STRING(copy->ptr()), static_cast<size_t>(PyBytes_GET_SIZE(copy->ptr()))};
@@ -257,7 +259,7 @@ void ToVariant(py::handle value, const Param* param, const std::string& where, V
     ThrowType(where, type == ValueType::kObject ? "a parcelvane object" : "a number or str", value);
   }
   ThrowType(where,
-            type == ValueType::kObject ? "a parcelvane object or None"
+            type == ValueType::kObject   ? "a parcelvane object or None"
             : type == ValueType::kString ? "str"
                                          : "int, str, bytes or a parcelvane object",
             value);
