@@ -1,5 +1,6 @@
 """Compose -> bytes -> parse with random Unicode: what comes back equals what went in."""
 
+import os
 import string
 
 from hypothesis import HealthCheck, given, settings
@@ -22,7 +23,12 @@ address = st.builds(
 )
 mailbox = st.tuples(header_text, address)
 
-SETTINGS = settings(max_examples=300, deadline=None, suppress_health_check=[HealthCheck.too_slow])
+# PARCELVANE_HYPOTHESIS_EXAMPLES=5000 for a longer search.
+SETTINGS = settings(
+    max_examples=int(os.environ.get("PARCELVANE_HYPOTHESIS_EXAMPLES", "300")),
+    deadline=None,
+    suppress_health_check=[HealthCheck.too_slow],
+)
 
 
 @SETTINGS
