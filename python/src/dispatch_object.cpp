@@ -243,9 +243,29 @@ void DefineDispatch(py::module_& module) {
                (b.member != nullptr ? Signature(*b.member, b.put_with_arguments) : std::string("?")) + ">";
       });
 
-  py::class_<DispatchObject>(module, "DispatchObject",
-                             "An object of the library reached by late binding: attributes are its\n"
-                             "properties and methods, resolved by name without regard to case.")
+  // The type's documentation is each object's own (its members), as help(obj) shows it.
+  py::class_<DispatchObject>(module, "DispatchObject")
+      .def_property_readonly("__doc__",
+                             [](const DispatchObject& self) {
+                               // What help(obj) shows: every member with its parameters.
+                               std::string doc = "A late-bound " + self.ClassName() +
+                                                 " object: attributes are its properties and methods,\n"
+                                                 "resolved by name without regard to case.\n\n";
+                               if (self.info() == nullptr) return doc;
+                               for (const Member& m : self.info()->members) {
+                                 if (m.kind == MemberKind::kMethod) {
+                                   doc += Signature(m, false) + "\n";
+                                 } else if (m.kind == MemberKind::kGet) {
+                                   doc +=
+                                       m.in.empty() ? m.name + " (property)\n" : Signature(m, false) + "\n";
+                                 } else if (m.in.size() > 1) {
+                                   doc += Signature(m, true) + "\n";
+                                 } else if (self.info()->Find(m.name, MemberKind::kGet) == nullptr) {
+                                   doc += m.name + " (property, set only)\n";
+                                 }
+                               }
+                               return doc;
+                             })
       .def("__getattr__",
            [](py::object self_object, const std::string& name) -> py::object {
              DispatchObject& self = self_object.cast<DispatchObject&>();

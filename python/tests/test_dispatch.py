@@ -243,6 +243,10 @@ def test_dir_and_help_list_members_and_parameters(report):
     import pydoc
     text = pydoc.render_doc(report.FindHeader, renderer=pydoc.plaintext)
     assert "FindHeader(bszName: str) -> EMSMessageParameter" in text
+    text = pydoc.render_doc(report, renderer=pydoc.plaintext)
+    for line in ("A late-bound EMSMessageParser object", "HeaderString(bszHeader: str) -> str",
+                 "SetHeaderString(bszHeader: str, bszValue: str) -> None", "Subject (property)"):
+        assert line in text
 
 
 def test_live_objects_return_to_zero_after_100000():
