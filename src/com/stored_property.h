@@ -4,15 +4,15 @@
 #ifndef PARCELVANE_SRC_COM_STORED_PROPERTY_H
 #define PARCELVANE_SRC_COM_STORED_PROPERTY_H
 
-#define PV_STORED_PROPERTY(Class, Name, member)   \
-  HRESULT Class::put_##Name(LONG newVal) {        \
-    member = newVal;                              \
-    return S_OK;                                  \
-  }                                               \
-  HRESULT Class::get_##Name(LONG* pVal) {         \
-    if (pVal == nullptr) return E_POINTER;        \
-    *pVal = member;                               \
-    return S_OK;                                  \
+#define PV_STORED_PROPERTY(Class, Name, member) \
+  HRESULT Class::put_##Name(LONG newVal) {      \
+    member = newVal;                            \
+    return S_OK;                                \
+  }                                             \
+  HRESULT Class::get_##Name(LONG* pVal) {       \
+    if (pVal == nullptr) return E_POINTER;      \
+    *pVal = member;                             \
+    return S_OK;                                \
   }
 
 #endif  // PARCELVANE_SRC_COM_STORED_PROPERTY_H
