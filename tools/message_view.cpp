@@ -339,6 +339,8 @@ PartTree MessageView::Tree(bool decoded_sizes) const {
     PartInfo& info = tree.parts[i];
     info.unclosed = regions[i].unclosed;
     info.unshown = regions[i].unshown;
+    info.headerless = regions[i].headerless;
+    info.headerless_bytes = regions[i].headerless_bytes;
     if (info.children > 0 && regions[i].known) {
       info.has_raw_size = true;
       info.raw_size = regions[i].body_size;
@@ -383,9 +385,15 @@ bool IsAttachment(const PartInfo& part, bool flagged, bool has_file_name) {
 std::vector<std::string> StructureWarnings(const std::vector<PartInfo>& parts) {
   std::vector<std::string> warnings;
   for (const PartInfo& part : parts) {
+    const std::string where = part.content_type + " at depth " + std::to_string(part.depth);
+    if (part.headerless > 0) {
+      warnings.push_back(where + " has " + GroupedNumber(static_cast<uint64_t>(part.headerless)) +
+                         (part.headerless == 1 ? " part" : " parts") +
+                         " with no empty line after the header: " + GroupedNumber(part.headerless_bytes) +
+                         " bytes are not shown");
+    }
     if (!part.unclosed) continue;
-    warnings.push_back(part.content_type + " at depth " + std::to_string(part.depth) +
-                       " has no closing delimiter: its last " + GroupedNumber(part.unshown) +
+    warnings.push_back(where + " has no closing delimiter: its last " + GroupedNumber(part.unshown) +
                        " bytes are not shown");
   }
   return warnings;

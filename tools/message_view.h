@@ -53,6 +53,8 @@ struct PartInfo {
   int children = 0;
   bool unclosed = false;  // a multipart with no closing delimiter
   uint64_t unshown = 0;   // then: the bytes after its last delimiter line
+  int headerless = 0;     // parts dropped because no empty line ends their header
+  uint64_t headerless_bytes = 0;
 };
 
 struct AttachmentInfo {

@@ -157,12 +157,28 @@ std::vector<PartRegion> LayOutParts(std::string_view message, const std::vector<
     size_t found = closing != nullptr ? delimiters.size() : delimiters.size() - 1;
     // An empty part before the closing delimiter is no part.
     if (closing != nullptr && closing->closing && closing->start == delimiters.back()->next) --found;
-    if (found != static_cast<size_t>(parts[i].children)) continue;
-    size_t child = i + 1;
-    for (size_t k = 0; k < found && child < parts.size(); ++k, child = after[child]) {
+    // The parts between the delimiters; the library drops one whose header
+    // no empty line ends (it begins with the delimiter's line break, so a
+    // part opening with an empty line has an empty header).
+    std::vector<std::pair<size_t, size_t>> chunks;
+    for (size_t k = 0; k < found; ++k) {
       const size_t part_start = delimiters[k]->next;
       const DelimiterLine& next_line = k + 1 < delimiters.size() ? *delimiters[k + 1] : *closing;
-      spans[child] = {part_start, std::max(part_start, EndBefore(message, part_start, next_line))};
+      const size_t part_end = std::max(part_start, EndBefore(message, part_start, next_line));
+      const std::string_view bytes = message.substr(part_start, part_end - part_start);
+      if (bytes.compare(0, 2, "\r\n") != 0 && bytes.find("\r\n\r\n") == std::string_view::npos) {
+        if (!bytes.empty()) {  // two delimiters in a row lose nothing
+          ++region.headerless;
+          region.headerless_bytes += bytes.size();
+        }
+        continue;
+      }
+      chunks.emplace_back(part_start, part_end);
+    }
+    if (chunks.size() != static_cast<size_t>(parts[i].children)) continue;
+    size_t child = i + 1;
+    for (size_t k = 0; k < chunks.size() && child < parts.size(); ++k, child = after[child]) {
+      spans[child] = chunks[k];
       placed[child] = true;
     }
   }

@@ -2,7 +2,8 @@
 // parsed from. The library keeps no span for a multipart (asking it for a
 // multipart's body assembles the whole subtree again, so walking a deep
 // tree that way is quadratic), and it drops the last part of a multipart
-// with no closing delimiter without a word. The tool finds both itself:
+// with no closing delimiter, and a part whose header no empty line ends,
+// without a word. The tool finds both itself:
 // one pass over the message collects the delimiter lines of every boundary
 // the tree declares, and each multipart's region, its parts' regions and
 // whether it closes then follow by binary search. Linear in the message
@@ -28,6 +29,10 @@ struct PartRegion {
   uint64_t body_size = 0;  // its body as it stands in the message
   bool unclosed = false;   // a multipart with delimiters but no closing one
   uint64_t unshown = 0;    // then: the bytes after its last delimiter line
+  // Parts of a multipart that the library dropped because no empty line
+  // ends their header, and their bytes.
+  int headerless = 0;
+  uint64_t headerless_bytes = 0;
 };
 
 // The regions of `parts` (the first is the whole message) in `message`.

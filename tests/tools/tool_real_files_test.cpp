@@ -200,6 +200,36 @@ TEST(ToolRealFiles, ExtractAndLsSayItToo) {
   EXPECT_EQ(RunTool({"show", "-"}, WithStdin(kMixed)).err, "");
 }
 
+// ---------------------------------------------------------------- parts without an empty line
+// The library drops a part whose header no empty line ends; the command says
+// so and still lays the other parts out.
+const std::string kHeaderless = "Content-Type: application/zip; name=a.zip\r\nUEsDBBQ=";
+const std::string kWithHeaderless =
+    "From: a@example.com\r\nMIME-Version: 1.0\r\nContent-Type: multipart/mixed; boundary=\"XX\"\r\n\r\n"
+    "--XX\r\nContent-Type: text/plain\r\n\r\nfirst\r\n"
+    "--XX\r\n" +
+    kHeaderless +
+    "\r\n"
+    "--XX\r\n\r\nthird\r\n"
+    "--XX\r\n--XX--\r\n";
+
+TEST(ToolRealFiles, ShowSaysWhenAPartHasNoEmptyLineAfterItsHeader) {
+  // The part keeps the line break before the next delimiter.
+  const std::string warning = "multipart/mixed at depth 0 has 1 part with no empty line after the header: " +
+                              std::to_string(kHeaderless.size() + 2) + " bytes are not shown";
+  const RunResult r = RunTool({"show", "-"}, WithStdin(kWithHeaderless));
+  EXPECT_EQ(r.exit_code, 0);
+  EXPECT_EQ(r.err, "parcelvane: standard input: " + warning + "\n");
+  const JsonValue v = JsonOf(RunTool({"show", "--json", "-"}, WithStdin(kWithHeaderless)));
+  ASSERT_EQ(v["warnings"].size(), 1u);
+  EXPECT_EQ(v["warnings"][0].string(), warning);
+  ASSERT_EQ(v["parts"].size(), 3u);  // the multipart and the two parts the library keeps
+  // The two consecutive delimiters at the end lose nothing and say nothing;
+  // the multipart is still laid out, so its size is known.
+  EXPECT_EQ(v["parts"][0]["size"].kind(), JsonValue::Kind::kNumber);
+  EXPECT_EQ(RunTool({"show", "-"}, WithStdin(kMixed)).err, "");
+}
+
 TEST(ToolRealFiles, AMultipartTheLibraryDoesNotSplitGetsNoWarning) {
   // The library splits at the raw boundary value, here still RFC 2231 coded,
   // so it finds no delimiter and keeps the body whole: nothing is dropped.
