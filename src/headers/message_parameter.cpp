@@ -776,6 +776,21 @@ HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
   });
 }
 
+HRESULT MessageParameter::BoundaryAsWritten(std::string* out) {
+  return Guard([&] {
+    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(Attributes())) {
+      if (MimeAttribute* boundary = own->FindOwn("boundary")) {
+        std::string written;
+        HRESULT hr = boundary->AppendAssembled(&written);  // settles the raw value it writes
+        if (FAILED(hr)) return hr;
+        *out = AnsiRoundTrip(boundary->rawValue());
+        return S_OK;
+      }
+    }
+    return BoundaryNarrow(out);
+  });
+}
+
 bool MessageParameter::HasGeneratedBoundary() {
   if (!extras_ || extras_->generatedBoundary.empty()) return false;
   std::string boundary;

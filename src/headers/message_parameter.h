@@ -53,6 +53,11 @@ class MessageParameter final
   HRESULT SetContentTypeNarrow(std::string_view ansiText);
   // The "boundary" parameter's raw value; E_FAIL when there is none.
   HRESULT BoundaryNarrow(std::string* out);
+  // The raw value the "boundary" parameter is written with, which is what
+  // the written field reads back as: a raw value that cannot be written as
+  // it stands (a line break in it) is first re-encoded, as writing the field
+  // does. The assembly cuts a body with this one. E_FAIL without a boundary.
+  HRESULT BoundaryAsWritten(std::string* out);
   // Whether the boundary is the one CreateBoundary last made here, not one
   // that came with a parsed value or was set since. Only such a boundary
   // may be made anew when it occurs in what it delimits.

@@ -187,7 +187,13 @@ class PartTreeWriter {
     if (!type || !FieldContentCodes(type.get(), &code, &subtype)) code = kTypeText;
     // Children of a part that is not a multipart are not written.
     if (code != kTypeMultipart) return S_OK;
-    std::string boundary = BoundaryOf(type.get());
+    // The delimiters must be what the written field reads back as.
+    std::string boundary;
+    if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(type.get())) {
+      if (FAILED(own->BoundaryAsWritten(&boundary))) boundary.clear();
+    } else {
+      boundary = BoundaryOf(type.get());
+    }
     if (boundary.empty()) {
       ComPtr<IEMSMessageParameter> field;
       HRESULT hr = CreateField(part->headers(), "Content-Type", &field);

@@ -142,6 +142,30 @@ TEST(WrittenReadsBack, BoundaryKeepsTheRawFormItWasReadIn) {
   EXPECT_EQ(CheckPart(words), "");
 }
 
+// A boundary whose raw value holds a line break cannot be written as it
+// stands: the field writes it re-encoded, and the body's delimiters use the
+// value the written field reads back as.
+TEST(WrittenReadsBack, BoundaryWithALineBreakCutsTheBodyAsItIsWritten) {
+  const std::string x =
+      "Content-Type: multiparT/mixed; boundary=q\r\n\t\n--q\r\nA\xba"
+      " 0\r\n\r\nx--q\r\nB: 2\n"
+      "\r\n\r\r\r\ny\n-ype: multiparT/mixed; boundary=q\r\n\t\n--q\r\nA\xba"
+      " 0\r\n\r\nx--q\r\n"
+      "B: 2\n\r\n\r\r\r\ny\n"
+      "--q\r\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "\xff"
+      "boundary=q\r\n\t\n--q\r\n";
+  EXPECT_EQ(CheckMessage(x), "");
+  EXPECT_EQ(CheckPart(x), "");
+}
+
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
   EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
