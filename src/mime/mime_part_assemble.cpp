@@ -251,6 +251,13 @@ class PartTreeWriter {
     return size;
   }
 
+  // Whether the child just written ends with the text of its delimiter.
+  bool EndsWithDelimiter(const Frame& frame) const {
+    const std::string& delimiter = frame.delimiter;
+    return out_->size() >= frame.childStart + delimiter.size() &&
+           out_->compare(out_->size() - delimiter.size(), delimiter.size(), delimiter) == 0;
+  }
+
   // One move of the walk: close the child just written, finish the part,
   // or start its next child.
   HRESULT Step() {
@@ -262,9 +269,17 @@ class PartTreeWriter {
       // reads back with the bytes it was written with. A child that wrote
       // nothing, or a multipart child that ends with its own closing
       // delimiter, reads back the same without it.
-      const bool ownBreak =
-          frame.next >= frame.count && !frame.childClosed && out_->size() > frame.childStart;
-      if (ownBreak || !EndsWithLineBreak(*out_)) out_->append("\r\n");
+      const bool last = frame.next >= frame.count;
+      const bool ownBreak = last && !frame.childClosed && out_->size() > frame.childStart;
+      if (EndsWithDelimiter(frame)) {
+        // A line break after the child would make a delimiter line of its
+        // end: the delimiter follows it directly (it need not start a line
+        // to be read), and before the closing delimiter, which must, an
+        // ordinary one comes first (the empty part it opens is no part).
+        if (last) out_->append(frame.delimiter).append("\r\n");
+      } else if (ownBreak || !EndsWithLineBreak(*out_)) {
+        out_->append("\r\n");
+      }
       out_->append(frame.delimiter);
       frame.childWritten = false;
     }

@@ -140,10 +140,26 @@ inline void RecordTree(IEMSMimePart* root, Record* out) {
   }
 }
 
+// The raw boundary of a part's "Content-Type" field, or "".
+inline std::string BoundaryText(IEMSMimePart* part) {
+  ComPtr<IEMSMessageParameter> field;
+  Bstr name(WidenAscii("Content-Type"));
+  ComPtr<IEMSContentType> content;
+  if (FAILED(part->FindHeader(name.get(), field.put())) || !field ||
+      FAILED(field->QueryInterface(IID_IEMSContentType, content.put_void())) || !content) {
+    return std::string();
+  }
+  Bstr boundary;
+  if (FAILED(content->get_Boundary(boundary.put()))) return std::string();
+  return WideToAnsi(boundary.view());
+}
+
 // A delimiter need not start a line when it is read, but every delimiter
 // written starts one: a child that is not the last and whose bytes do not
-// end in a line break reads back with one. Applied to parse(x) after A1 is
-// taken from it, so that the records compare what the writer can keep.
+// end in a line break reads back with one, unless its bytes end with the
+// delimiter's own text (then the delimiter follows them directly). Applied
+// to parse(x) after A1 is taken from it, so that the records compare what
+// the writer can keep.
 inline void AddWrittenLineBreaks(IEMSMimePart* root) {
   std::vector<ComPtr<IEMSMimePart>> stack{ComPtr<IEMSMimePart>(root)};
   while (!stack.empty()) {
@@ -153,6 +169,7 @@ inline void AddWrittenLineBreaks(IEMSMimePart* root) {
     LONG count = 0;
     if (!part || FAILED(part->get_MimeParts(children.put())) || !children) continue;
     children->get_PartsCount(&count);
+    const std::string delimiter = count > 0 ? "--" + BoundaryText(part.get()) : std::string();
     for (LONG i = 0; i < count; ++i) {
       ComPtr<IEMSMimePart> child;
       children->get_Part(i, child.put());
@@ -166,6 +183,10 @@ inline void AddWrittenLineBreaks(IEMSMimePart* root) {
       if (i + 1 == count || below != 0 || FAILED(child->get_BodyObject(body.put())) || !body) continue;
       std::string bytes = SpanText(body.get());
       if (bytes.size() >= 2 && bytes.compare(bytes.size() - 2, 2, "\r\n") == 0) continue;
+      if (delimiter.size() > 2 && bytes.size() >= delimiter.size() &&
+          bytes.compare(bytes.size() - delimiter.size(), delimiter.size(), delimiter) == 0) {
+        continue;
+      }
       ComPtr<IEMSDataObject> longer;
       if (FAILED(MakeDataObject(bytes + "\r\n", &longer))) continue;
       child->put_BodyObject(longer.get());

@@ -166,6 +166,29 @@ TEST(WrittenReadsBack, BoundaryWithALineBreakCutsTheBodyAsItIsWritten) {
   EXPECT_EQ(CheckPart(x), "");
 }
 
+// A child whose bytes end with the text of its delimiter ("--r", the last
+// delimiter of the input standing too close to the end, or a "--r--" that no
+// line break precedes) would be cut there if a line break followed it: the
+// delimiter follows such a child directly, and before the closing delimiter
+// an ordinary one comes first.
+TEST(WrittenReadsBack, ChildEndingWithItsDelimiterIsNotCutWhenWritten) {
+  const std::string last = "Content-Type: multipart/mixed; boundary=r\r\n\r\n--r\r\n\r\nn--r--r";
+  auto part = Parsed(last);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"r\"\r\n\r\n--r\r\n\r\nn--r--r\r\n--r--\r\n");
+  EXPECT_EQ(CheckPart(last), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + last), "");
+  const std::string first =
+      "Content-Type: multipart/mixed; boundary=r\r\n\r\n--r\r\n\r\nn--r--r\r\n\r\nsecond\r\n--r--\r\n";
+  part = Parsed(first);
+  ASSERT_EQ(ChildCount(part.get()), 2);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: "
+            "multipart/mixed;\r\n\tboundary=\"r\"\r\n\r\n--r\r\n\r\nn--r--r\r\n\r\nsecond\r\n--r--\r\n");
+  EXPECT_EQ(CheckPart(first), "");
+}
+
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
   EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
