@@ -251,6 +251,26 @@ class PartTreeWriter {
     return size;
   }
 
+  // A first child whose bytes begin with the text of its delimiter (its
+  // first header line glued to the opening delimiter, as the input had it)
+  // follows the opening delimiter directly: after the line break written
+  // there, that line would be a delimiter line of its own. Positions noted
+  // inside the child move back with it.
+  void JoinFirstChildToItsDelimiter(Frame& frame) {
+    const std::string& delimiter = frame.delimiter;
+    const size_t start = frame.childStart;
+    if (start < 2 || out_->compare(start - 2, 2, "\r\n") != 0 ||
+        out_->compare(start, delimiter.size(), delimiter) != 0) {
+      return;
+    }
+    out_->erase(start - 2, 2);
+    frame.childStart -= 2;
+    for (GeneratedBody& body : generated_) {
+      if (body.begin >= start) body.begin -= 2;
+      if (body.end >= start) body.end -= 2;
+    }
+  }
+
   // Whether the child just written ends with the text of its delimiter.
   bool EndsWithDelimiter(const Frame& frame) const {
     const std::string& delimiter = frame.delimiter;
@@ -263,6 +283,7 @@ class PartTreeWriter {
   HRESULT Step() {
     Frame& frame = frames_.back();
     if (frame.childWritten) {
+      if (frame.next == 1) JoinFirstChildToItsDelimiter(frame);
       // The parse keeps the line break before an ordinary delimiter in the
       // child but takes the one before the closing delimiter as the
       // delimiter's own: the last child gets one of its own, so that it

@@ -189,6 +189,20 @@ TEST(WrittenReadsBack, ChildEndingWithItsDelimiterIsNotCutWhenWritten) {
   EXPECT_EQ(CheckPart(first), "");
 }
 
+// A first child whose first line begins with the delimiter's text was glued
+// to the opening delimiter in the input; after a line break that line would
+// be a delimiter line ("--r--: x" closes), so it stays glued.
+TEST(WrittenReadsBack, FirstChildGluedToItsDelimiterStaysGlued) {
+  const std::string glued =
+      "Content-Type: multipart/mixed; boundary=r\r\n\r\n--r--r--: x\r\n\r\nbody\r\n--r--\r\n";
+  auto part = Parsed(glued);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"r\"\r\n\r\n--r--r--: x\r\n\r\nbody\r\n--r--\r\n");
+  EXPECT_EQ(CheckPart(glued), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + glued), "");
+}
+
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
   EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
