@@ -10,7 +10,6 @@
 namespace pvtool {
 namespace {
 
-
 constexpr LONG kUtf8 = 65001;
 constexpr LONG kHeaderEncodingB = 2;
 constexpr LONG kHeaderEncodingAuto = 3;
@@ -116,8 +115,7 @@ void AddAttachment(IEMSMessageParser* message, const std::string& name, const st
   Check(message->AddPart(kSubtypeMixed, part.get()), "adding an attachment");
 }
 
-void AddMailboxes(IEMSMessageParser* message, const char* field_name,
-                  const AddressList& addresses) {
+void AddMailboxes(IEMSMessageParser* message, const char* field_name, const AddressList& addresses) {
   if (addresses.empty()) return;
   Ref<IEMSMessageParameter> field;
   Check(message->CreateHeader(Bstr(field_name).get(), field.put()), "creating an address field");
