@@ -9,58 +9,17 @@
 #include <utility>
 
 #include "parcelvane/parcelvane.h"
+#include "src/com/com_ptr.h"
+#include "src/platform/strings.h"
 
 namespace pv::bench {
 namespace {
 
-// A counted reference, released when it goes.
 template <class T>
-class Ref {
- public:
-  Ref() = default;
-  Ref(const Ref&) = delete;
-  Ref& operator=(const Ref&) = delete;
-  Ref(Ref&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
-  Ref& operator=(Ref&& other) noexcept {
-    std::swap(p_, other.p_);
-    return *this;
-  }
-  ~Ref() { reset(); }
-  void reset() {
-    if (p_ != nullptr) std::exchange(p_, nullptr)->Release();
-  }
-  T** put() {
-    reset();
-    return &p_;
-  }
-  void** put_void() { return reinterpret_cast<void**>(put()); }
-  T* get() const { return p_; }
-  T* operator->() const { return p_; }
-  explicit operator bool() const { return p_ != nullptr; }
+using Ref = ComPtr<T>;
+using Text = Bstr;
 
- private:
-  T* p_ = nullptr;
-};
-
-// A string result, freed when it goes.
-class Text {
- public:
-  Text() = default;
-  explicit Text(const char16_t* s) : s_(SysAllocString(s)) {}
-  Text(const Text&) = delete;
-  Text& operator=(const Text&) = delete;
-  ~Text() { SysFreeString(s_); }
-  BSTR* put() {
-    SysFreeString(s_);
-    s_ = nullptr;
-    return &s_;
-  }
-  BSTR get() const { return s_; }
-  size_t size() const { return s_ == nullptr ? 0 : SysStringLen(s_); }
-
- private:
-  BSTR s_ = nullptr;
-};
+size_t LengthOf(const Bstr& text) { return text.view().size(); }
 
 class ParcelvanePeer : public PeerLibrary {
  public:
@@ -192,7 +151,7 @@ class ParcelvanePeer : public PeerLibrary {
   }
 
   static size_t VisitTypes(IEMSMessageParser* message) {
-    static const Text kContentType(u"Content-Type");
+    static const Text kContentType{WStringView(u"Content-Type")};
     size_t tally = 0;
     ForEachPart(message, [&](IEMSMimePart* part, LONG) {
       ++tally;
@@ -204,7 +163,7 @@ class ParcelvanePeer : public PeerLibrary {
       Text subtype;
       content->get_MimeTypeName(type.put());
       content->get_MimeSubTypeName(subtype.put());
-      readSink = readSink + type.size() + subtype.size();
+      readSink = readSink + LengthOf(type) + LengthOf(subtype);
     });
     return tally;
   }
@@ -232,10 +191,10 @@ class ParcelvanePeer : public PeerLibrary {
   }
 
   static size_t ReadSenderAndSubject(IEMSMessageParser* message) {
-    static const Text kFrom(u"From");
+    static const Text kFrom{WStringView(u"From")};
     Text subject;
     message->get_Subject(subject.put());
-    size_t tally = subject.size();
+    size_t tally = LengthOf(subject);
     Ref<IEMSMessageParameter> field;
     if (FAILED(message->FindHeader(kFrom.get(), field.put())) || !field) return tally;
     Ref<IEMSHeaderMailboxes> mailboxes;
@@ -247,7 +206,7 @@ class ParcelvanePeer : public PeerLibrary {
       Text address;
       mailboxes->get_MailboxName(i, name.put());
       mailboxes->get_MailboxAddress(i, address.put());
-      tally += name.size() + address.size();
+      tally += LengthOf(name) + LengthOf(address);
     }
     return tally;
   }
