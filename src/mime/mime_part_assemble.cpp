@@ -4,6 +4,8 @@
 // would copy the innermost bytes once per level.
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
+#include <map>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -28,6 +30,50 @@ void AppendBytesOf(IEMSDataObject* object, std::string* out) {
   DataBytes bytes;
   if (SUCCEEDED(ReadDataBytes(object, &bytes))) out->append(bytes.Span());
 }
+
+// The delimiters of the multiparts whose children are being written, by
+// length. A line break the writer adds where the input had none, or had a
+// bare LF, must not complete a delimiter line of any of them: "D" CR LF is
+// an ordinary delimiter wherever it stands, CR LF "D--" a closing one.
+class OpenDelimiters {
+ public:
+  void Add(const std::string& delimiter) { ++byLength_[delimiter.size()][delimiter]; }
+
+  void Remove(const std::string& delimiter) {
+    auto sized = byLength_.find(delimiter.size());
+    if (sized == byLength_.end()) return;
+    auto entry = sized->second.find(delimiter);
+    if (entry == sized->second.end()) return;
+    if (--entry->second == 0) sized->second.erase(entry);
+    if (sized->second.empty()) byLength_.erase(sized);
+  }
+
+  // Whether one of them ends at `end` and begins at or after `from`.
+  bool EndsAt(std::string_view text, size_t from, size_t end) const {
+    for (const auto& [length, delimiters] : byLength_) {
+      if (end < from + length) break;
+      if (delimiters.count(std::string(text.substr(end - length, length))) != 0) return true;
+    }
+    return false;
+  }
+
+  // Whether one of them followed by "--" begins at `at`.
+  bool ClosingAt(std::string_view text, size_t at) const {
+    for (const auto& [length, delimiters] : byLength_) {
+      if (at + length + 2 > text.size()) break;
+      if (text.compare(at + length, 2, "--") == 0 &&
+          delimiters.count(std::string(text.substr(at, length))) != 0) {
+        return true;
+      }
+    }
+    return false;
+  }
+
+  bool empty() const { return byLength_.empty(); }
+
+ private:
+  std::map<size_t, std::unordered_map<std::string, size_t>> byLength_;
+};
 
 class PartTreeWriter {
  public:
@@ -169,6 +215,7 @@ class PartTreeWriter {
     *hasBody = true;
     frames_.push_back({ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, false,
                        0, delimiter, generated});
+    open_.Add(delimiter);
     onPath_.insert(part);
     return S_OK;
   }
@@ -220,7 +267,40 @@ class PartTreeWriter {
     // An output that would begin with it alone gets the line break that no
     // field wrote: the header block ends at the first "\r\n\r\n".
     if (out_->empty() && block.empty()) out_->append("\r\n");
+    const size_t from = out_->size();
     out_->append(block).append("\r\n");
+    if (!open_.empty()) KeepDelimitersOutOfHeaderBlock(from);
+  }
+
+  // The header block just written, from `from` to the end, inside the
+  // bodies of open multiparts: each of its line breaks that would complete
+  // a delimiter line (the input held a bare LF there, or blanks the field
+  // lost) is written as a bare LF, which ends a field line as well. When the
+  // last field's is one, the empty line that ends the block follows it as
+  // CR LF CR LF, since only that ends a header block.
+  void KeepDelimitersOutOfHeaderBlock(size_t from) {
+    std::string& out = *out_;
+    const size_t end = out.size() - 2;  // the line break of the empty line stays
+    std::vector<size_t> bare;           // the CRs to leave out
+    for (size_t at = from; at < end;) {
+      const void* lf = std::memchr(out.data() + at, '\n', end - at);
+      if (lf == nullptr) break;
+      const size_t position = static_cast<size_t>(static_cast<const char*>(lf) - out.data());
+      at = position + 1;
+      if (position == from || out[position - 1] != '\r') continue;
+      const size_t cr = position - 1;
+      if (open_.EndsAt(out, from, cr) || open_.ClosingAt(out, position + 1)) bare.push_back(cr);
+    }
+    if (bare.empty()) return;
+    const bool lastField = bare.back() + 2 == end;
+    size_t write = bare.front();
+    for (size_t i = 0; i < bare.size(); ++i) {
+      const size_t next = i + 1 < bare.size() ? bare[i + 1] : out.size();
+      std::memmove(&out[write], &out[bare[i] + 1], next - bare[i] - 1);
+      write += next - bare[i] - 1;
+    }
+    out.resize(write);
+    if (lastField) out.append("\r\n");
   }
 
   // Roughly what the tree writes: its bodies, and room for the header block
@@ -260,7 +340,7 @@ class PartTreeWriter {
     const std::string& delimiter = frame.delimiter;
     const size_t start = frame.childStart;
     if (start < 2 || out_->compare(start - 2, 2, "\r\n") != 0 ||
-        out_->compare(start, delimiter.size(), delimiter) != 0) {
+        (out_->compare(start, delimiter.size(), delimiter) != 0 && !open_.ClosingAt(*out_, start))) {
       return;
     }
     out_->erase(start - 2, 2);
@@ -271,11 +351,10 @@ class PartTreeWriter {
     }
   }
 
-  // Whether the child just written ends with the text of its delimiter.
+  // Whether the child just written ends with the text of its delimiter or
+  // of an enclosing multipart's.
   bool EndsWithDelimiter(const Frame& frame) const {
-    const std::string& delimiter = frame.delimiter;
-    return out_->size() >= frame.childStart + delimiter.size() &&
-           out_->compare(out_->size() - delimiter.size(), delimiter.size(), delimiter) == 0;
+    return open_.EndsAt(*out_, frame.childStart, out_->size());
   }
 
   // One move of the walk: close the child just written, finish the part,
@@ -308,6 +387,7 @@ class PartTreeWriter {
       out_->append("--\r\n");  // the closing delimiter line; no epilogue
       if (frame.generated >= 0) generated_[static_cast<size_t>(frame.generated)].end = out_->size();
       onPath_.erase(frame.part.get());
+      open_.Remove(frame.delimiter);
       frames_.pop_back();
       if (!frames_.empty()) frames_.back().childClosed = true;
       return S_OK;
@@ -338,6 +418,7 @@ class PartTreeWriter {
   std::vector<Frame> frames_;
   std::unordered_set<MimePart*> onPath_;
   std::vector<GeneratedBody> generated_;
+  OpenDelimiters open_;
 };
 
 }  // namespace

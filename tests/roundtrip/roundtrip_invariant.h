@@ -157,24 +157,36 @@ inline std::string BoundaryText(IEMSMimePart* part) {
 // A delimiter need not start a line when it is read, but every delimiter
 // written starts one: a child that is not the last and whose bytes do not
 // end in a line break reads back with one, unless its bytes end with the
-// delimiter's own text (then the delimiter follows them directly). Applied
+// text of its delimiter or of an enclosing multipart's (then its delimiter
+// follows them directly). Applied
 // to parse(x) after A1 is taken from it, so that the records compare what
 // the writer can keep.
 inline void AddWrittenLineBreaks(IEMSMimePart* root) {
-  std::vector<ComPtr<IEMSMimePart>> stack{ComPtr<IEMSMimePart>(root)};
+  // Each part with the delimiters of the multiparts around it.
+  std::vector<std::pair<ComPtr<IEMSMimePart>, std::vector<std::string>>> stack;
+  stack.push_back({ComPtr<IEMSMimePart>(root), {}});
   while (!stack.empty()) {
-    ComPtr<IEMSMimePart> part = std::move(stack.back());
+    ComPtr<IEMSMimePart> part = std::move(stack.back().first);
+    std::vector<std::string> delimiters = std::move(stack.back().second);
     stack.pop_back();
     ComPtr<IEMSMimeParts> children;
     LONG count = 0;
     if (!part || FAILED(part->get_MimeParts(children.put())) || !children) continue;
     children->get_PartsCount(&count);
-    const std::string delimiter = count > 0 ? "--" + BoundaryText(part.get()) : std::string();
+    if (count > 0) delimiters.push_back("--" + BoundaryText(part.get()));
+    auto endsWithDelimiter = [&](const std::string& bytes) {
+      for (const std::string& d : delimiters) {
+        if (d.size() > 2 && bytes.size() >= d.size() &&
+            bytes.compare(bytes.size() - d.size(), d.size(), d) == 0)
+          return true;
+      }
+      return false;
+    };
     for (LONG i = 0; i < count; ++i) {
       ComPtr<IEMSMimePart> child;
       children->get_Part(i, child.put());
       if (!child) continue;
-      stack.push_back(child);
+      stack.push_back({child, delimiters});
       ComPtr<IEMSMimeParts> grandchildren;
       LONG below = 0;
       if (SUCCEEDED(child->get_MimeParts(grandchildren.put())) && grandchildren)
@@ -183,10 +195,7 @@ inline void AddWrittenLineBreaks(IEMSMimePart* root) {
       if (i + 1 == count || below != 0 || FAILED(child->get_BodyObject(body.put())) || !body) continue;
       std::string bytes = SpanText(body.get());
       if (bytes.size() >= 2 && bytes.compare(bytes.size() - 2, 2, "\r\n") == 0) continue;
-      if (delimiter.size() > 2 && bytes.size() >= delimiter.size() &&
-          bytes.compare(bytes.size() - delimiter.size(), delimiter.size(), delimiter) == 0) {
-        continue;
-      }
+      if (endsWithDelimiter(bytes)) continue;
       ComPtr<IEMSDataObject> longer;
       if (FAILED(MakeDataObject(bytes + "\r\n", &longer))) continue;
       child->put_BodyObject(longer.get());

@@ -203,6 +203,91 @@ TEST(WrittenReadsBack, FirstChildGluedToItsDelimiterStaysGlued) {
   EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + glued), "");
 }
 
+// The same holds for the delimiters of enclosing multiparts: a child ending
+// with one is followed by its own delimiter directly, and a first child
+// beginning with one and "--" stays glued to its opening delimiter.
+TEST(WrittenReadsBack, ChildEndingWithAnEnclosingDelimiterIsNotCutWhenWritten) {
+  const std::string x =
+      "Content-Type: multipart/mixed; boundary=a\r\n\r\n--a\r\nContent-Type: multipart/mixed; "
+      "boundary=b\r\n\r\n"
+      "--b\r\n\r\nx--a--b\r\n\r\nsecond\r\n--b--\r\n--a--\r\n";
+  auto part = Parsed(x);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  ASSERT_EQ(ChildCount(ChildOf(part.get(), 0).get()), 2);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"a\"\r\n\r\n--a\r\nContent-Type: "
+            "multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n"
+            "--b\r\n\r\nx--a--b\r\n\r\nsecond\r\n--b--\r\n--a--\r\n");
+  EXPECT_EQ(CheckPart(x), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + x), "");
+}
+
+TEST(WrittenReadsBack, FirstChildGluedToAnEnclosingClosingDelimiterStaysGlued) {
+  const std::string x =
+      "Content-Type: multipart/mixed; boundary=a\r\n\r\n--a\r\nContent-Type: multipart/mixed; "
+      "boundary=b\r\n\r\n"
+      "--b--a--: x\r\n\r\nbody\r\n--b--\r\n--a--\r\n";
+  auto part = Parsed(x);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  ASSERT_EQ(ChildCount(ChildOf(part.get(), 0).get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"a\"\r\n\r\n--a\r\nContent-Type: "
+            "multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n"
+            "--b--a--: x\r\n\r\nbody\r\n--b--\r\n--a--\r\n");
+  EXPECT_EQ(CheckPart(x), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + x), "");
+}
+
+// A child's fields separated by a bare LF are written with one where CR LF
+// would complete a delimiter line of its multipart or of an enclosing one:
+// the header parse ends a field line at LF alone, a delimiter needs CR LF.
+TEST(WrittenReadsBack, FieldLineBreakThatWouldCloseTheMultipartStaysBare) {
+  const std::string x = "Content-Type:multipart/;boundary=q\r\n\r\n--qA:\n--q--:\r\n\r\n--q";
+  auto part = Parsed(x);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/;\r\n\tboundary=\"q\"\r\n\r\n--q\r\nA: \n--q--: \r\n\r\n\r\n--q--\r\n");
+  EXPECT_EQ(CheckPart(x), "");
+  EXPECT_EQ(CheckMessage(x), "");
+}
+
+TEST(WrittenReadsBack, FieldLineBreakThatWouldCloseAnEnclosingMultipartStaysBare) {
+  const std::string x =
+      "Content-Type: multipart/mixed; boundary=a\r\n\r\n--a\r\nContent-Type: multipart/mixed; "
+      "boundary=b\r\n\r\n"
+      "--b\r\nX: 1\n--a--: y\r\n\r\nbody\r\n--b--\r\n--a--\r\n";
+  auto part = Parsed(x);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  ASSERT_EQ(ChildCount(ChildOf(part.get(), 0).get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"a\"\r\n\r\n--a\r\nContent-Type: "
+            "multipart/mixed;\r\n\tboundary=\"b\"\r\n\r\n"
+            "--b\r\nX: 1\n--a--: y\r\n\r\nbody\r\n--b--\r\n--a--\r\n");
+  EXPECT_EQ(CheckPart(x), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + x), "");
+}
+
+TEST(WrittenReadsBack, FieldEndingWithTheDelimiterKeepsItsBareLineBreak) {
+  const std::string inner =
+      "Content-Type: multipart/mixed; boundary=q\r\n\r\n--q\r\nX: a--q\nY: 1\r\n\r\nbody\r\n--q--\r\n";
+  auto part = Parsed(inner);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/mixed;\r\n\tboundary=\"q\"\r\n\r\n--q\r\nX: a--q\nY: "
+            "1\r\n\r\nbody\r\n--q--\r\n");
+  EXPECT_EQ(CheckPart(inner), "");
+  // The last field's: the empty line after it is written in full.
+  const std::string last =
+      "Content-Type: multipart/mixed; boundary=q\r\n\r\n--q\r\nX: a--q\n\r\n\r\nbody\r\n--q--\r\n";
+  part = Parsed(last);
+  ASSERT_EQ(ChildCount(part.get()), 1);
+  EXPECT_EQ(
+      Assembled(part.get()),
+      "Content-Type: multipart/mixed;\r\n\tboundary=\"q\"\r\n\r\n--q\r\nX: a--q\n\r\n\r\nbody\r\n--q--\r\n");
+  EXPECT_EQ(CheckPart(last), "");
+  EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + last), "");
+}
+
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
   EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
