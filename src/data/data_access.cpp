@@ -22,6 +22,7 @@ HRESULT ReadDataBytes(IEMSDataObject* object, DataBytes* out) {
     out->position = own->position();
     out->length = own->length();
     out->dataSize = own->dataSize();
+    out->fromOwnObject = true;
     return S_OK;
   }
   VARIANT data;

@@ -18,6 +18,9 @@ struct DataBytes {
   ULONG position = 0;
   ULONG length = 0;
   ULONG dataSize = 0;
+  // Whether they were read from the library's own data object, whose store
+  // they then share (and whose clone fails only for memory).
+  bool fromOwnObject = false;
 
   const uint8_t* data() const { return store ? store->bytes() : nullptr; }
   size_t size() const { return store ? store->byteSize() : 0; }

@@ -1,4 +1,5 @@
 #include "src/headers/message_parameter.h"
+#include "src/headers/name_index.h"
 
 #include "src/headers/header_text.h"
 #include "src/headers/mime_attribute.h"
@@ -78,18 +79,16 @@ HeaderCharset* MessageParameter::Charset() {
 // The list is the library's own while parameters wait (a list put in
 // place takes them at once).
 IEMSMimeAttributes* MessageParameter::Attributes() {
-  if (!attributes_ && FAILED(CreateClassInstance(CLSID_EMSMimeAttributes, &attributes_)))
-    throw std::bad_alloc();
+  if (!attributes_) {
+    ComPtr<IEMSMimeAttributes> list;
+    if (FAILED(CreateClassInstance(CLSID_EMSMimeAttributes, &list))) throw std::bad_alloc();
+    attributes_.Reset(std::move(list));
+  }
   if (parametersPending_) {
     parametersPending_ = false;
     std::string pending;
     pending.swap(pendingParameters_);
-    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(attributes_.get())) {
-      own->Parse(AnsiRoundTrip(pending));  // status ignored
-    } else {
-      Bstr text(AnsiToWide(pending));
-      if (!text.is_null()) attributes_->ParseAttributes(text.get());  // status ignored
-    }
+    attributes_->ParseText(pending);  // status ignored
   }
   return attributes_.get();
 }
@@ -217,7 +216,8 @@ HRESULT MessageParameter::AddChainHeader(IEMSMessageParameter* pVal) {
 }
 
 HRESULT MessageParameter::AppendChainPieces(IEMSMessageParameter* other) {
-  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(other)) {
+  FieldRef chained(other);
+  if (MessageParameter* own = chained->OwnField()) {
     if (!EqualsIgnoreCaseAscii(own->name_, name_)) return E_INVALIDARG;
     std::string raw;
     HRESULT hr = own->RawDataNarrow(&raw);
@@ -423,12 +423,13 @@ HRESULT MessageParameter::get_Attributes(IEMSMimeAttributes** ppVal) {
 // they go with it.
 HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  if (pVal != attributes_.get()) {
-    attributes_ = ComPtr<IEMSMimeAttributes>(pVal);
+  if (pVal == attributes_.get()) return S_OK;
+  return Guard([&] {
+    attributes_.Reset(pVal);
     pendingParameters_.clear();
     parametersPending_ = false;
-  }
-  return S_OK;
+    return S_OK;
+  });
 }
 
 // ---------------------------------------------------------------- mailboxes
@@ -760,7 +761,8 @@ HRESULT MessageParameter::SetContentTypeNarrow(std::string_view ansiText) {
 
 HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
   return Guard([&] {
-    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(Attributes())) {
+    Attributes();
+    if (MimeAttributes* own = attributes_->OwnList()) {
       const MimeAttribute* boundary = own->FindOwn("boundary");
       if (boundary != nullptr) {
         *out = AnsiRoundTrip(boundary->rawValue());
@@ -778,7 +780,8 @@ HRESULT MessageParameter::BoundaryNarrow(std::string* out) {
 
 HRESULT MessageParameter::BoundaryAsWritten(std::string* out) {
   return Guard([&] {
-    if (ComPtr<MimeAttributes> own = ImplOf<MimeAttributes>(Attributes())) {
+    Attributes();
+    if (MimeAttributes* own = attributes_->OwnList()) {
       if (MimeAttribute* boundary = own->FindOwn("boundary")) {
         std::string written;
         HRESULT hr = boundary->AppendAssembled(&written);  // settles the raw value it writes
@@ -789,6 +792,30 @@ HRESULT MessageParameter::BoundaryAsWritten(std::string* out) {
     }
     return BoundaryNarrow(out);
   });
+}
+
+// ---------------------------------------------------------------- as FieldAccess
+bool MessageParameter::NameKey(std::string* key) {
+  *key = HeaderNameKey(name_);
+  return true;
+}
+
+std::string MessageParameter::AssembledText() {
+  std::string text;
+  if (FAILED(AssembleHeaderNarrow(&text))) text.clear();
+  return text;
+}
+
+std::string MessageParameter::BoundaryText() {
+  std::string boundary;
+  if (FAILED(BoundaryNarrow(&boundary))) boundary.clear();
+  return boundary;
+}
+
+std::string MessageParameter::WrittenBoundary() {
+  std::string boundary;
+  if (FAILED(BoundaryAsWritten(&boundary))) boundary.clear();
+  return boundary;
 }
 
 bool MessageParameter::HasGeneratedBoundary() {

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "src/headers/content_type_codes.h"
+#include "src/headers/field_access.h"
 #include "src/headers/header_charset.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
@@ -34,7 +35,8 @@ bool AnsiKeepsEveryByte();
 std::string AnsiRoundTrip(std::string_view bytes);
 
 class MessageParameter final
-    : public ComObject<MessageParameter, IEMSMessageParameter, IEMSContentType, IEMSContentDisposition> {
+    : public ComObject<MessageParameter, IEMSMessageParameter, IEMSContentType, IEMSContentDisposition>,
+      public FieldAccess {
  public:
   explicit MessageParameter(IUnknown* outer);
 
@@ -61,10 +63,24 @@ class MessageParameter final
   // Whether the boundary is the one CreateBoundary last made here, not one
   // that came with a parsed value or was set since. Only such a boundary
   // may be made anew when it occurs in what it delimits.
-  bool HasGeneratedBoundary();
+  bool HasGeneratedBoundary() override;
   // CreateBoundary again, with the `n` of the last call: the generator's
   // next value. The new boundary goes to `out`.
-  HRESULT RegenerateBoundary(std::string* out);
+  HRESULT RegenerateBoundary(std::string* out) override;
+
+  // ---------------------------------------------------------------- as FieldAccess
+  bool NameKey(std::string* key) override;
+  std::string AssembledText() override;
+  HRESULT Chain(IEMSMessageParameter* other) override { return AddChainHeader(other); }
+  bool ContentCodes(LONG* type, LONG* subtype) override {
+    *type = content_.typeCode;
+    *subtype = content_.subtypeCode;
+    return true;
+  }
+  std::string BoundaryText() override;
+  std::string WrittenBoundary() override;
+  std::string DispositionTypeText() override { return content_.dispositionType; }
+  MessageParameter* OwnField() override { return this; }
 
   const std::string& name() const { return name_; }
   const std::vector<std::string>& values() const { return values_; }
@@ -141,7 +157,7 @@ class MessageParameter final
   HRESULT SetNamedAttribute(const char* name, BSTR value, bool decoded);
 
   ComPtr<HeaderCharset> charset_;
-  ComPtr<IEMSMimeAttributes> attributes_;
+  AttributeListRef attributes_;
   // The parameter text that waits for the list. A parse of parameters
   // empties the list first, so only the last one is kept.
   std::string pendingParameters_;

@@ -20,50 +20,7 @@ namespace {
 
 constexpr size_t kNotIndexed = NameIndex::kNotFound;
 
-// An entry's AssembleHeader as narrow text; empty when no string came back.
-std::string AssembledField(IEMSMessageParameter* field) {
-  std::string text;
-  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
-    if (FAILED(own->AssembleHeaderNarrow(&text))) text.clear();
-    return text;
-  }
-  Bstr assembled;
-  if (SUCCEEDED(field->AssembleHeader(assembled.put())) && !assembled.is_null()) {
-    text = WideToAnsi(assembled.view());
-  }
-  return text;
-}
-
-// A name's index key. ASCII units stay single bytes, folded to lower case;
-// every other unit becomes three bytes of 0x80 and above, so keys of
-// different names never meet and folding touches nothing but ASCII.
-std::string NameKey(WStringView name) {
-  std::string key;
-  key.reserve(name.size());
-  for (char16_t unit : name) {
-    if (unit < 0x80) {
-      key.push_back(ToLowerAscii(static_cast<char>(unit)));
-    } else {
-      key.push_back(static_cast<char>(0x80 | (unit >> 14)));
-      key.push_back(static_cast<char>(0x80 | ((unit >> 7) & 0x7F)));
-      key.push_back(static_cast<char>(0x80 | (unit & 0x7F)));
-    }
-  }
-  return key;
-}
-
-// The key of a narrow name in the ANSI code page: the name as it is, folded,
-// when it is ASCII (as header names are), which every ANSI page keeps.
-std::string NameKey(std::string_view ansiName) {
-  for (char c : ansiName) {
-    if (static_cast<unsigned char>(c) >= 0x80) return NameKey(WStringView(AnsiToWide(ansiName)));
-  }
-  std::string key(ansiName);
-  for (char& c : key) c = ToLowerAscii(c);
-  return key;
-}
-
-std::string NameKey(BSTR name) { return NameKey(View(name)); }
+std::string NameKey(BSTR name) { return HeaderNameKey(View(name)); }
 
 void TrimTrailingLineBreaksInPlace(std::string* text) {
   size_t end = text->size();
@@ -77,20 +34,9 @@ MessageParameters::MessageParameters(IUnknown* outer)
     : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
 
 // ---------------------------------------------------------------- entries and the name index
-bool MessageParameters::KeyOf(IEMSMessageParameter* field, std::string* key) {
-  if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(field)) {
-    *key = NameKey(own->name());
-    return true;
-  }
-  Bstr text;
-  if (FAILED(field->get_Name(text.put())) || text.is_null()) return false;
-  *key = NameKey(text.view());
-  return true;
-}
-
 size_t MessageParameters::IndexedPosition(const std::string& key) const { return index_.Find(key); }
 
-void MessageParameters::Append(ComPtr<IEMSMessageParameter> field, std::string key) {
+void MessageParameters::Append(FieldRef field, std::string key) {
   fields_.push_back(std::move(field));
   index_.Add(std::move(key), fields_.size() - 1);
 }
@@ -100,25 +46,25 @@ void MessageParameters::RebuildIndex() {
   index_.Clear();
   std::string key;
   for (size_t i = 0; i < fields_.size(); ++i) {
-    if (fields_[i] && KeyOf(fields_[i].get(), &key)) index_.Add(key, i);
+    if (fields_[i] && fields_[i]->NameKey(&key)) index_.Add(key, i);
   }
 }
 
 void MessageParameters::Clear() {
-  std::vector<ComPtr<IEMSMessageParameter>> released;
+  std::vector<FieldRef> released;
   released.swap(fields_);  // the list is empty before any field is released
   index_.Clear();
 }
 
 // An indexed entry that Parameter put emptied takes the field in its place.
-HRESULT MessageParameters::AddNamed(IEMSMessageParameter* field, std::string key) {
+HRESULT MessageParameters::AddNamed(FieldRef field, std::string key) {
   size_t at = IndexedPosition(key);
   if (at == kNotIndexed) {
-    Append(ComPtr<IEMSMessageParameter>(field), std::move(key));
+    Append(std::move(field), std::move(key));
   } else if (!fields_[at]) {
-    fields_[at] = ComPtr<IEMSMessageParameter>(field);
+    fields_[at] = std::move(field);
   } else {
-    fields_[at]->AddChainHeader(field);  // status ignored
+    fields_[at]->Chain(field.get());  // status ignored
   }
   return S_OK;
 }
@@ -144,19 +90,22 @@ HRESULT MessageParameters::ParseBlockSplitting(std::string_view ansiBlock, std::
       if (FAILED(MakeObject(&field))) continue;
       field->SetDefaults(defaultCodePage_, defaultEncoding_);
       if (field->ParseHeaderNarrow(text) != S_OK) continue;  // dropped
-      std::string key = NameKey(field->name());
+      std::string key = HeaderNameKey(field->name());
       MessageParameters* list = to != nullptr && key.compare(0, prefix.size(), prefix) == 0 ? to : this;
       size_t at = list->IndexedPosition(key);
       if (at == kNotIndexed) {
-        list->Append(ComPtr<IEMSMessageParameter>(field.get()), std::move(key));
+        FieldRef entry;
+        entry.ResetOwn(ComPtr<IEMSMessageParameter>(field.get()), field.get());
+        list->Append(std::move(entry), std::move(key));
         continue;
       }
-      ComPtr<MessageParameter> target = ImplOf<MessageParameter>(list->fields_[at].get());
-      if (!target) {
-        list->fields_[at]->AddChainHeader(field.get());
+      MessageParameter* target = list->fields_[at]->OwnField();
+      if (target == nullptr) {
+        list->fields_[at]->Chain(field.get());
         continue;
       }
-      if (target->AppendChainDeferred(field.get()) == S_OK) chained.push_back(target);
+      if (target->AppendChainDeferred(field.get()) == S_OK)
+        chained.push_back(ComPtr<MessageParameter>(target));
     }
     for (const ComPtr<MessageParameter>& target : chained) target->FinishChaining();
     return S_OK;
@@ -186,9 +135,9 @@ HRESULT MessageParameters::ParseParametersObject(IEMSDataObject* pVal) {
 HRESULT MessageParameters::AssembleBlock(std::string* out) {
   return Guard([&] {
     out->clear();
-    for (const ComPtr<IEMSMessageParameter>& field : fields_) {
+    for (const FieldRef& field : fields_) {
       if (!field) continue;
-      out->append(AssembledField(field.get()));
+      out->append(field->AssembledText());
       TrimTrailingLineBreaksInPlace(out);
       if (!out->empty()) out->append("\r\n");
     }
@@ -243,10 +192,10 @@ HRESULT MessageParameters::Clone(IEMSMessageParameters** ppVal) {
     HRESULT hr = MakeObject(&clone);
     if (FAILED(hr)) return hr;
     clone->SetDefaults(defaultCodePage_, defaultEncoding_);
-    for (const ComPtr<IEMSMessageParameter>& field : fields_) {
+    for (const FieldRef& field : fields_) {
       if (!field) continue;
       ComPtr<IEMSMessageParameter> copy;
-      if (SUCCEEDED(field->Clone(copy.put())) && copy) clone->AddParameter(copy.get());
+      if (SUCCEEDED(field.get()->Clone(copy.put())) && copy) clone->AddParameter(copy.get());
     }
     *ppVal = clone.detach();
     return S_OK;
@@ -258,7 +207,7 @@ HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** 
   return Guard([&] {
     size_t at = IndexedPosition(NameKey(bszName));
     if (at != kNotIndexed && fields_[at]) {
-      fields_[at].CopyTo(ppVal);
+      fields_[at].object().CopyTo(ppVal);
       return S_FALSE;
     }
     ComPtr<MessageParameter> field;
@@ -266,7 +215,9 @@ HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** 
     if (FAILED(hr)) return hr;
     field->SetDefaults(defaultCodePage_, defaultEncoding_);
     field->put_Name(bszName);
-    hr = AddNamed(field.get(), NameKey(field->name()));
+    FieldRef entry;
+    entry.ResetOwn(ComPtr<IEMSMessageParameter>(field.get()), field.get());
+    hr = AddNamed(std::move(entry), HeaderNameKey(field->name()));
     if (FAILED(hr)) return hr;
     *ppVal = field.detach();
     return S_OK;
@@ -276,22 +227,24 @@ HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** 
 HRESULT MessageParameters::AddParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FieldRef field(pVal);
     std::string key;
-    if (!KeyOf(pVal, &key)) return E_FAIL;
-    return AddNamed(pVal, std::move(key));
+    if (!field->NameKey(&key)) return E_FAIL;
+    return AddNamed(std::move(field), std::move(key));
   });
 }
 
 HRESULT MessageParameters::ReplaceParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    FieldRef field(pVal);
     std::string key;
-    if (!KeyOf(pVal, &key)) return E_FAIL;
+    if (!field->NameKey(&key)) return E_FAIL;
     size_t at = IndexedPosition(key);
     if (at == kNotIndexed) {
-      Append(ComPtr<IEMSMessageParameter>(pVal), std::move(key));
+      Append(std::move(field), std::move(key));
     } else if (fields_[at].get() != pVal) {
-      fields_[at] = ComPtr<IEMSMessageParameter>(pVal);
+      fields_[at] = std::move(field);
     }
     return S_OK;
   });
@@ -301,7 +254,7 @@ HRESULT MessageParameters::FindParameter(BSTR bszName, IEMSMessageParameter** pp
   if (ppVal == nullptr) return E_POINTER;
   return Guard([&] {
     size_t at = IndexedPosition(NameKey(bszName));
-    if (at != kNotIndexed && fields_[at]) fields_[at].CopyTo(ppVal);
+    if (at != kNotIndexed && fields_[at]) fields_[at].object().CopyTo(ppVal);
     return S_OK;  // nothing is written when the name is absent
   });
 }
@@ -315,7 +268,7 @@ HRESULT MessageParameters::RemoveByName(BSTR bszName) {
   return Guard([&] {
     size_t at = IndexedPosition(NameKey(bszName));
     if (at == kNotIndexed) return S_OK;
-    ComPtr<IEMSMessageParameter> removed = std::move(fields_[at]);
+    FieldRef removed = std::move(fields_[at]);
     fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(at));
     RebuildIndex();
     return S_OK;
@@ -326,30 +279,60 @@ HRESULT MessageParameters::RemoveByName(BSTR bszName) {
 // of another name.
 HRESULT MessageParameters::put_Parameter(LONG nIdx, IEMSMessageParameter* pVal) {
   if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;
-  ComPtr<IEMSMessageParameter> released = std::move(fields_[static_cast<size_t>(nIdx)]);
-  fields_[static_cast<size_t>(nIdx)] = ComPtr<IEMSMessageParameter>(pVal);
-  return S_OK;
+  return Guard([&] {
+    FieldRef entry(pVal);
+    FieldRef released = std::move(fields_[static_cast<size_t>(nIdx)]);
+    fields_[static_cast<size_t>(nIdx)] = std::move(entry);
+    return S_OK;
+  });
 }
 
 HRESULT MessageParameters::get_Parameter(LONG nIdx, IEMSMessageParameter** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;  // nothing written
-  fields_[static_cast<size_t>(nIdx)].CopyTo(ppVal);
+  fields_[static_cast<size_t>(nIdx)].object().CopyTo(ppVal);
   return S_OK;
 }
 
 HRESULT MessageParameters::get_ParamCount(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  constexpr LONG kMost = std::numeric_limits<LONG>::max();
-  *pVal = fields_.size() > static_cast<size_t>(kMost) ? kMost : static_cast<LONG>(fields_.size());
+  *pVal = Count();
   return S_OK;
 }
 
 // ---------------------------------------------------------------- the library's own entry points
-ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) const {
-  size_t at = IndexedPosition(NameKey(ansiName));
-  return at == kNotIndexed ? nullptr : fields_[at];
+// ---------------------------------------------------------------- as FieldListAccess
+FieldRef MessageParameters::Find(std::string_view ansiName) {
+  size_t at = IndexedPosition(HeaderNameKey(ansiName));
+  return at == kNotIndexed ? FieldRef() : fields_[at];
 }
+
+HRESULT MessageParameters::Create(std::string_view ansiName, FieldRef* out) {
+  Bstr wide(AnsiToWide(ansiName));
+  if (wide.is_null()) return E_OUTOFMEMORY;
+  ComPtr<IEMSMessageParameter> field;
+  HRESULT hr = CreateParameter(wide.get(), field.put());
+  if (FAILED(hr)) return hr;
+  if (!field) return E_FAIL;
+  out->Reset(std::move(field));
+  return hr;
+}
+
+HRESULT MessageParameters::BlockText(std::string* out) {
+  HRESULT hr = AssembleBlock(out);
+  if (FAILED(hr)) return hr;
+  // The interface hands the text over as wide text: what comes back from
+  // that trip is what is written.
+  if (!AnsiKeepsEveryByte()) *out = AnsiRoundTrip(*out);
+  return S_OK;
+}
+
+LONG MessageParameters::Count() {
+  constexpr LONG kMost = std::numeric_limits<LONG>::max();
+  return fields_.size() > static_cast<size_t>(kMost) ? kMost : static_cast<LONG>(fields_.size());
+}
+
+// ---------------------------------------------------------------- the library's own entry points
 
 PV_STORED_PROPERTY(MessageParameters, DefaultCodePage, defaultCodePage_)
 PV_STORED_PROPERTY(MessageParameters, DefaultEncoding, defaultEncoding_)

@@ -14,13 +14,15 @@
 #include <string_view>
 #include <vector>
 
+#include "src/headers/field_access.h"
 #include "src/headers/name_index.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
 
 namespace pv {
 
-class MessageParameters final : public ComObject<MessageParameters, IEMSMessageParameters> {
+class MessageParameters final : public ComObject<MessageParameters, IEMSMessageParameters>,
+                                public FieldListAccess {
  public:
   explicit MessageParameters(IUnknown* outer);
 
@@ -31,10 +33,15 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
       // narrow bytes in the ANSI code page (the whole span is read: hand over
       // exactly the header block). Replaces the whole content.
       HRESULT ParseBlock(std::string_view ansiBlock);
-  // FindParameter on a narrow name: the first field of that name, or null.
-  ComPtr<IEMSMessageParameter> Find(std::string_view ansiName) const;
   // AssembleParameters as narrow text (empty for a list that writes nothing).
   HRESULT AssembleBlock(std::string* out);
+
+  // ---------------------------------------------------------------- as FieldListAccess
+  FieldRef Find(std::string_view ansiName) override;
+  HRESULT Create(std::string_view ansiName, FieldRef* out) override;
+  HRESULT BlockText(std::string* out) override;
+  LONG Count() override;
+  MessageParameters* OwnList() override { return this; }
 
   // ParseBlock, with the fields whose names start with `asciiPrefix` (ASCII
   // case folded) going to the empty list `to` instead, in order: what
@@ -44,8 +51,8 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
                               MessageParameters* to);
 
   size_t count() const { return fields_.size(); }
-  // The entry at `index` (< count()); null for an empty entry.
-  IEMSMessageParameter* at(size_t index) const { return fields_[index].get(); }
+  // The entry at `index` (< count()); empty for an empty entry.
+  const FieldRef& at(size_t index) const { return fields_[index]; }
 
   LONG defaultCodePage() const { return defaultCodePage_; }
   LONG defaultEncoding() const { return defaultEncoding_; }
@@ -60,17 +67,14 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
   // two names are the same key exactly when they are equal but for the
   // case of ASCII letters.
 
-  // The key of a field's name, as its Name get gives it; false when none
-  // comes back.
-  static bool KeyOf(IEMSMessageParameter* field, std::string* key);
   // The indexed position of a key whose entry is not empty, or npos.
   size_t IndexedPosition(const std::string& key) const;
-  void Append(ComPtr<IEMSMessageParameter> field, std::string key);
+  void Append(FieldRef field, std::string key);
   void RebuildIndex();
   void Clear();
-  HRESULT AddNamed(IEMSMessageParameter* field, std::string key);
+  HRESULT AddNamed(FieldRef field, std::string key);
 
-  std::vector<ComPtr<IEMSMessageParameter>> fields_;
+  std::vector<FieldRef> fields_;
   NameIndex index_;
   LONG defaultCodePage_;
   LONG defaultEncoding_ = 0;

@@ -1,5 +1,7 @@
 #include "src/headers/mime_attributes.h"
 
+#include "src/headers/message_parameter.h"
+
 #include <array>
 #include <iterator>
 
@@ -149,6 +151,8 @@ HRESULT MimeAttributes::Parse(std::string_view text) {
   }
 }
 
+HRESULT MimeAttributes::ParseText(std::string_view ansiText) { return Parse(AnsiRoundTrip(ansiText)); }
+
 HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {
   std::string text;
   for (const auto& [key, entry] : entries_) {
@@ -222,8 +226,8 @@ HRESULT MimeAttributes::AppendAttributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     // Only names this list already has are taken over, as shared objects.
-    ComPtr<MimeAttributes> other = ImplOf<MimeAttributes>(pVal);
-    if (other) {
+    AttributeListRef list(pVal);
+    if (MimeAttributes* other = list->OwnList()) {
       for (const auto& [key, entry] : other->entries_) Replace(entry.object.get());
       return S_OK;
     }

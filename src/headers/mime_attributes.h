@@ -20,6 +20,7 @@
 #include <string_view>
 #include <utility>
 
+#include "src/headers/field_access.h"
 #include "src/headers/mime_attribute.h"
 #include "src/platform/collation.h"
 #include "src/platform/strings.h"
@@ -27,7 +28,8 @@
 
 namespace pv {
 
-class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes> {
+class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes>,
+                             public AttributeListAccess {
  public:
   explicit MimeAttributes(IUnknown* outer) : ComObject(outer) {}
 
@@ -54,6 +56,11 @@ class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes
   void Remove(std::string_view ansiName);
 
   size_t count() const { return entries_.size(); }
+
+  // ---------------------------------------------------------------- as AttributeListAccess
+  // Parse, on text that has passed through the ANSI page as wide text would.
+  HRESULT ParseText(std::string_view ansiText) override;
+  MimeAttributes* OwnList() override { return this; }
 
  private:
   struct Entry {

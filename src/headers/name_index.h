@@ -8,11 +8,23 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "src/platform/strings.h"
+
 namespace pv {
+
+// A header name's index key. Names compare with ASCII case folding: ASCII
+// units stay single bytes, folded to lower case; every other unit becomes
+// three bytes of 0x80 and above, so keys of different names never meet and
+// folding touches nothing but ASCII.
+std::string HeaderNameKey(WStringView name);
+// The key of a narrow name in the ANSI code page: the name as it is,
+// folded, when it is ASCII (as header names are), which every page keeps.
+std::string HeaderNameKey(std::string_view ansiName);
 
 class NameIndex {
  public:

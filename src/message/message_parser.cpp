@@ -19,7 +19,9 @@ MessageParser::MessageParser(IUnknown* outer)
       htmlCodePage_(defaultCodePage_) {}
 
 HRESULT MessageParser::FinalConstruct() {
-  HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameters, &headers_);
+  ComPtr<IEMSMessageParameters> headers;
+  HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameters, &headers);
+  if (SUCCEEDED(hr)) headers_.Reset(std::move(headers));
   if (FAILED(hr)) return hr;
   return InitNew();
 }
@@ -35,8 +37,8 @@ HRESULT MessageParser::InitNew() {
   textEncoding_ = kTransferAutomatic;
   htmlEncoding_ = kTransferAutomatic;
   attachEncoding_ = kTransferBase64;
-  headers_->put_DefaultCodePage(defaultCodePage_);
-  headers_->put_DefaultEncoding(defaultEncoding_);
+  headers_.get()->put_DefaultCodePage(defaultCodePage_);
+  headers_.get()->put_DefaultEncoding(defaultEncoding_);
   stored_ = nullptr;
   parsed_ = 0;
   return S_OK;
@@ -67,9 +69,9 @@ HRESULT MessageParser::put_BodyObject(IEMSDataObject* pVal) {
   plainBody_ = nullptr;
   if (pVal == nullptr) return S_OK;
   if (root_) {
-    root_->put_DefaultCodePage(defaultCodePage_);
-    root_->put_DefaultEncoding(defaultEncoding_);
-    root_->put_BodyObject(pVal);
+    root_.get()->put_DefaultCodePage(defaultCodePage_);
+    root_.get()->put_DefaultEncoding(defaultEncoding_);
+    root_.get()->put_BodyObject(pVal);
     return S_OK;
   }
   plainBody_ = ComPtr<IEMSDataObject>(pVal);
@@ -84,34 +86,36 @@ HRESULT MessageParser::get_BodyObject(IEMSDataObject** ppVal) {
     plainBody_.CopyTo(ppVal);
     return S_OK;
   }
-  if (root_) return root_->get_BodyObject(ppVal);
+  if (root_) return root_.get()->get_BodyObject(ppVal);
   return S_OK;
 }
 
 // ---------------------------------------------------------------- header lists
 HRESULT MessageParser::put_Headers(IEMSMessageParameters* pVal) {
   if (pVal == nullptr) {
-    headers_->RemoveAll();  // the same list object stays
+    headers_.get()->RemoveAll();  // the same list object stays
     return S_OK;
   }
-  headers_ = ComPtr<IEMSMessageParameters>(pVal);
-  return S_OK;
+  return Guard([&] {
+    headers_.Reset(pVal);
+    return S_OK;
+  });
 }
 
 HRESULT MessageParser::get_Headers(IEMSMessageParameters** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  headers_.CopyTo(ppVal);
+  headers_.object().CopyTo(ppVal);
   return S_OK;
 }
 
 HRESULT MessageParser::put_MimeHeaders(IEMSMessageParameters* pVal) {
   if (!root_) return E_FAIL;
-  return root_->put_Headers(pVal);
+  return root_.get()->put_Headers(pVal);
 }
 
 HRESULT MessageParser::get_MimeHeaders(IEMSMessageParameters** ppVal) {
   if (!root_) return E_FAIL;
-  return root_->get_Headers(ppVal);
+  return root_.get()->get_Headers(ppVal);
 }
 
 // A MIME message gives a new list (a clone of its own fields followed by
@@ -120,17 +124,17 @@ HRESULT MessageParser::get_MimeHeaders(IEMSMessageParameters** ppVal) {
 HRESULT MessageParser::get_AllHeaders(IEMSMessageParameters** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   if (plainBody_) {
-    headers_.CopyTo(ppVal);
+    headers_.object().CopyTo(ppVal);
     return S_OK;
   }
   return Guard([&] {
     ComPtr<IEMSMessageParameters> all;
-    HRESULT hr = headers_->Clone(all.put());
+    HRESULT hr = headers_.get()->Clone(all.put());
     if (FAILED(hr)) return hr;
     if (!all) return E_FAIL;
     if (root_) {
       ComPtr<IEMSMessageParameters> mime;
-      if (SUCCEEDED(root_->get_Headers(mime.put())) && mime) all->AppendParameters(mime.get());
+      if (SUCCEEDED(root_.get()->get_Headers(mime.put())) && mime) all->AppendParameters(mime.get());
     }
     *ppVal = all.detach();
     return S_OK;
@@ -147,15 +151,17 @@ HRESULT MessageParser::put_AllHeaders(IEMSMessageParameters* pVal) {
 
 // ---------------------------------------------------------------- root part
 HRESULT MessageParser::put_MimePart(IEMSMimePart* pVal) {
-  root_ = ComPtr<IEMSMimePart>(pVal);
-  if (pVal != nullptr) plainBody_ = nullptr;
-  return S_OK;
+  return Guard([&] {
+    root_.Reset(pVal);
+    if (pVal != nullptr) plainBody_ = nullptr;
+    return S_OK;
+  });
 }
 
 HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
   if (!root_) return E_FAIL;
   if (ppVal == nullptr) return S_OK;
-  root_.CopyTo(ppVal);
+  root_.object().CopyTo(ppVal);
   return S_OK;
 }
 

@@ -20,7 +20,9 @@
 #include <string>
 #include <string_view>
 
+#include "src/headers/field_access.h"
 #include "src/headers/header_charset.h"
+#include "src/mime/part_access.h"
 #include "src/mime/transfer_codecs.h"
 #include "src/com/com_object.h"
 
@@ -97,8 +99,8 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   LONG attachEncoding_ = kTransferBase64;
   ComPtr<IEMSDataObject> stored_;
   ComPtr<IEMSDataObject> plainBody_;
-  ComPtr<IEMSMessageParameters> headers_;
-  ComPtr<IEMSMimePart> root_;
+  FieldListRef headers_;
+  PartRef root_;
 };
 
 }  // namespace pv

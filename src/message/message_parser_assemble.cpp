@@ -12,7 +12,7 @@ namespace pv {
 
 void MessageParser::AssembleBytes(std::string* out) {
   Bstr headerText;
-  headers_->AssembleParameters(headerText.put());
+  headers_.get()->AssembleParameters(headerText.put());
   *out = WideToAnsi(headerText.view());
   headerText.reset();
   if (plainBody_) {
@@ -28,14 +28,14 @@ void MessageParser::AssembleBytes(std::string* out) {
   if (!root_) return;
   // The library's own part writes its assembly straight after the header
   // text, so that assembling holds one copy of the message rather than two.
-  if (ComPtr<MimePart> own = ImplOf<MimePart>(root_.get())) {
+  if (MimePart* own = root_->OwnPart()) {
     size_t headerEnd = out->size();
     bool hasBody = false;
     if (FAILED(own->WriteTo(true, out, &hasBody))) out->resize(headerEnd);  // as if no object came back
     return;
   }
   ComPtr<IEMSDataObject> part;
-  root_->AssemblePartObject(part.put());
+  root_.get()->AssemblePartObject(part.put());
   DataBytes bytes;
   out->append(SpanOf(part.get(), &bytes));
 }

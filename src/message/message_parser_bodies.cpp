@@ -56,7 +56,7 @@ void MessageParser::RootContentCodes(LONG* type, LONG* subtype) {
   *type = kTypeText;
   *subtype = kSubtypePlain;
   if (IsMimeMessage() != S_OK) return;
-  TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), type, subtype);
+  TypeCodesOf(root_->FindField("Content-Type"), type, subtype);
 }
 
 // ---------------------------------------------------------------- forwards to the root part
@@ -67,20 +67,20 @@ HRESULT MessageParser::RemovePart(IEMSMimePart* pPart) {
     root_ = nullptr;  // neither a root part nor a plain body now
     return S_OK;
   }
-  return root_->RemovePart(pPart);
+  return root_.get()->RemovePart(pPart);
 }
 
 HRESULT MessageParser::FindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
   if (bszCntType == nullptr || ppPart == nullptr) return E_POINTER;
   if (IsMimeMessage() != S_OK) return E_FAIL;
-  return root_->FindPart(bszCntType, nLevel, ppPart);
+  return root_.get()->FindPart(bszCntType, nLevel, ppPart);
 }
 
 HRESULT MessageParser::FindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
   if (pPart == nullptr || ppPart == nullptr) return E_POINTER;
   if (IsMimeMessage() != S_OK) return E_FAIL;
   if (pPart == root_.get()) return S_FALSE;  // the root has no parent
-  return root_->FindParentPart(pPart, ppPart);
+  return root_.get()->FindParentPart(pPart, ppPart);
 }
 
 // A multipart root searches its tree; a single part root is the answer
@@ -90,11 +90,12 @@ HRESULT MessageParser::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
   return Guard([&] {
     LONG type = kTypeText;
     LONG subtype = kSubtypePlain;
-    TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &subtype);
-    if (type == kTypeMultipart) return SUCCEEDED(root_->FindPartBySubType(nSubType, ppPart)) ? S_OK : E_FAIL;
+    TypeCodesOf(root_->FindField("Content-Type"), &type, &subtype);
+    if (type == kTypeMultipart)
+      return SUCCEEDED(root_.get()->FindPartBySubType(nSubType, ppPart)) ? S_OK : E_FAIL;
     if (subtype != nSubType) return E_FAIL;
-    if (HasAttachmentDisposition(root_.get())) return E_FAIL;
-    if (ppPart != nullptr) root_.CopyTo(ppPart);
+    if (HasAttachmentDisposition(*root_.access())) return E_FAIL;
+    if (ppPart != nullptr) root_.object().CopyTo(ppPart);
     return S_OK;
   });
 }
@@ -102,7 +103,7 @@ HRESULT MessageParser::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
 // On a plain message the result is a single "text/plain" root holding the
 // plain body, whatever subtype was asked for.
 HRESULT MessageParser::ConvertToMultipart(LONG nSubType) {
-  if (!plainBody_) return root_ ? root_->ConvertToMultipart(nSubType) : S_FALSE;
+  if (!plainBody_) return root_ ? root_.get()->ConvertToMultipart(nSubType) : S_FALSE;
   return Guard([&] {
     ComPtr<IEMSMimePart> root;
     if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return E_FAIL;
@@ -110,7 +111,7 @@ HRESULT MessageParser::ConvertToMultipart(LONG nSubType) {
     root->put_DefaultCodePage(defaultCodePage_);
     root->put_DefaultEncoding(defaultEncoding_);
     root->put_BodyObject(plainBody_.get());
-    root_ = root;
+    root_.Reset(root);
     plainBody_ = nullptr;
     return S_OK;
   });
@@ -121,7 +122,7 @@ HRESULT MessageParser::ConvertToMultipart(LONG nSubType) {
 HRESULT MessageParser::AddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
   if (!plainBody_ && !root_) {
-    root_ = ComPtr<IEMSMimePart>(pPart);
+    root_.Reset(pPart);
     return S_OK;
   }
   return Guard([&] {
@@ -142,7 +143,7 @@ HRESULT MessageParser::AddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
     }
     if (IsMimeMessage() != S_OK) return E_FAIL;
     ComPtr<IEMSMimeParts> children;
-    if (FAILED(root_->get_MimeParts(children.put())) || !children) return E_FAIL;
+    if (FAILED(root_.get()->get_MimeParts(children.put())) || !children) return E_FAIL;
     return SUCCEEDED(children->AddPart(pPart)) ? S_OK : E_FAIL;
   });
 }
@@ -208,7 +209,7 @@ HRESULT MessageParser::get_AttachParts(IEMSMimeParts** ppVal) {
     if (FAILED(hr)) return hr;
     std::vector<ComPtr<IEMSMimePart>> pending;
     std::unordered_set<IEMSMimePart*> seen;
-    if (root_) pending.push_back(root_);
+    if (root_) pending.push_back(root_.object());
     while (!pending.empty()) {
       ComPtr<IEMSMimePart> part = std::move(pending.back());
       pending.pop_back();
@@ -312,7 +313,7 @@ HRESULT MessageParser::PutBody(BSTR value, LONG subtype, std::string_view conten
     if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &part))) return S_OK;
     Bstr versionName = FixedName("MIME-Version");
     ComPtr<IEMSMessageParameter> version;
-    if (headers_->CreateParameter(versionName.get(), version.put()) == S_OK && version) {
+    if (headers_.get()->CreateParameter(versionName.get(), version.put()) == S_OK && version) {
       Bstr one = FixedName("1.0");
       version->put_UnfoldedData(one.get());  // an existing field is left as it is
     }
@@ -321,20 +322,20 @@ HRESULT MessageParser::PutBody(BSTR value, LONG subtype, std::string_view conten
     part->put_DefaultEncoding(newEncoding);
     part->put_DecodedBody(value);
     if (plainBody_) {
-      root_ = part;
+      root_.Reset(part);
       plainBody_ = nullptr;
       return S_OK;
     }
     if (!root_) {
-      root_ = part;
+      root_.Reset(part);
       return S_OK;
     }
     LONG type = kTypeText;
     LONG rootSubtype = kSubtypePlain;
-    TypeCodesOf(FindPartField(root_.get(), "Content-Type").get(), &type, &rootSubtype);
-    if (type != kTypeMultipart) root_->ConvertToMultipart(kSubtypeAlternative);
+    TypeCodesOf(root_->FindField("Content-Type"), &type, &rootSubtype);
+    if (type != kTypeMultipart) root_.get()->ConvertToMultipart(kSubtypeAlternative);
     ComPtr<IEMSMimeParts> children;
-    if (SUCCEEDED(root_->get_MimeParts(children.put())) && children) children->AddPart(part.get());
+    if (SUCCEEDED(root_.get()->get_MimeParts(children.put())) && children) children->AddPart(part.get());
     return S_OK;
   });
 }

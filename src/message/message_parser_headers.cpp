@@ -27,12 +27,12 @@ ComPtr<IEMSHeaderMailboxes> MailboxesOf(IEMSMessageParameter* field) {
 // ---------------------------------------------------------------- fields by name
 HRESULT MessageParser::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return headers_->CreateParameter(bszName, ppVal);
+  return headers_.get()->CreateParameter(bszName, ppVal);
 }
 
 HRESULT MessageParser::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return headers_->FindParameter(bszName, ppVal);
+  return headers_.get()->FindParameter(bszName, ppVal);
 }
 
 HRESULT MessageParser::CreateMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
@@ -70,12 +70,12 @@ HRESULT MessageParser::put_Subject(BSTR newVal) {
   return Guard([&] {
     Bstr name = FixedName("Subject");
     ComPtr<IEMSMessageParameter> field;
-    HRESULT hr = headers_->CreateParameter(name.get(), field.put());
+    HRESULT hr = headers_.get()->CreateParameter(name.get(), field.put());
     if (FAILED(hr)) return hr;
     if (!field) return E_FAIL;
     field->put_DefaultCodePage(defaultCodePage_);
     field->put_DecodedData(newVal);
-    headers_->ReplaceParameter(field.get());
+    headers_.get()->ReplaceParameter(field.get());
     return S_OK;
   });
 }
@@ -104,7 +104,7 @@ HRESULT MessageParser::PutMailboxPart(std::string_view fieldName, BSTR value, bo
   return Guard([&] {
     Bstr name = FixedName(fieldName);
     ComPtr<IEMSMessageParameter> field;
-    if (FAILED(headers_->CreateParameter(name.get(), field.put())) || !field) return S_OK;
+    if (FAILED(headers_.get()->CreateParameter(name.get(), field.put())) || !field) return S_OK;
     ComPtr<IEMSHeaderMailboxes> mailboxes = MailboxesOf(field.get());
     if (!mailboxes) return S_OK;
     LONG count = 0;
@@ -171,7 +171,7 @@ HRESULT MessageParser::get_HeaderString(BSTR bszHeader, BSTR* pVal) {
 // back from the getter in its encoded form.
 HRESULT MessageParser::put_HeaderString(BSTR bszHeader, BSTR bszValue) {
   ComPtr<IEMSMessageParameter> field;
-  headers_->CreateParameter(bszHeader, field.put());
+  headers_.get()->CreateParameter(bszHeader, field.put());
   if (!field) return E_FAIL;
   field->put_DecodedData(bszValue);
   return S_OK;
@@ -196,7 +196,7 @@ HRESULT MessageParser::put_AllHeadersString(BSTR newVal) {
   return Guard([&] {
     ComPtr<IEMSDataObject> data;
     if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
-    headers_->ParseParametersObject(data.get());
+    headers_.get()->ParseParametersObject(data.get());
     SplitMimeHeaders();
     return S_OK;
   });

@@ -117,7 +117,7 @@ HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* con
   }
   plainBody_ = nullptr;
   root_ = nullptr;
-  headers_->RemoveAll();
+  headers_.get()->RemoveAll();
 
   DataBytes bytes;
   if (FAILED(ReadDataBytes(object, &bytes)) || bytes.data() == nullptr) return E_FAIL;
@@ -127,15 +127,14 @@ HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* con
   size_t headerLength = separator == std::string_view::npos ? span.size() : separator;
   // The header block is read through a clone of the object; the library's
   // own object is read in place (its clone could only fail for memory).
-  const bool ownObject = static_cast<bool>(ImplOf<DataObject>(object));
-  if (!ownObject || !ParseOwnHeaderBlock(span.substr(0, headerLength))) {
+  if (!bytes.fromOwnObject || !ParseOwnHeaderBlock(span.substr(0, headerLength))) {
     if (headerLength > 0) {
       ComPtr<IEMSDataObject> block;
       HRESULT hr = object->Clone(block.put());
       if (FAILED(hr)) return hr;
       if (!block) return E_FAIL;
       block->put_Length(static_cast<ULONG>(headerLength));
-      headers_->ParseParametersObject(block.get());
+      headers_.get()->ParseParametersObject(block.get());
     }
     SplitMimeHeaders();
   }
@@ -146,9 +145,9 @@ HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* con
     if (SUCCEEDED(CloneDataSpan(object, static_cast<ULONG>(bytes.position + bodyStart),
                                 static_cast<ULONG>(span.size() - bodyStart), &body))) {
       if (root_) {
-        root_->put_DefaultCodePage(defaultCodePage_);
-        root_->put_DefaultEncoding(defaultEncoding_);
-        root_->put_BodyObject(body.get());
+        root_.get()->put_DefaultCodePage(defaultCodePage_);
+        root_.get()->put_DefaultEncoding(defaultEncoding_);
+        root_.get()->put_BodyObject(body.get());
       } else {
         plainBody_ = body;
       }
@@ -171,7 +170,7 @@ HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* con
 HRESULT MessageParser::MakeMixedRoot(IEMSMimeParts* parts) {
   ComPtr<IEMSMessageParameter> version;
   Bstr versionName = FixedName("MIME-Version");
-  if (SUCCEEDED(headers_->CreateParameter(versionName.get(), version.put())) && version) {
+  if (SUCCEEDED(headers_.get()->CreateParameter(versionName.get(), version.put())) && version) {
     Bstr one = FixedName("1.0");
     version->put_UnfoldedData(one.get());
   }
@@ -183,7 +182,7 @@ HRESULT MessageParser::MakeMixedRoot(IEMSMimeParts* parts) {
   }
   root->put_MimeParts(parts);
   plainBody_ = nullptr;
-  root_ = root;
+  root_.Reset(root);
   return S_OK;
 }
 
@@ -192,11 +191,11 @@ void MessageParser::SplitMimeHeaders() {
   ComPtr<IEMSMessageParameters> mime;
   if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &mime))) return;
   LONG count = 0;
-  headers_->get_ParamCount(&count);
+  headers_.get()->get_ParamCount(&count);
   for (LONG i = 0; i < count; ++i) {
     ComPtr<IEMSMessageParameter> field;
     Bstr name;
-    headers_->get_Parameter(i, field.put());
+    headers_.get()->get_Parameter(i, field.put());
     if (!field || FAILED(field->get_Name(name.put()))) continue;
     // The name must start with the prefix: "X-Content-..." stays.
     if (IsMimeFieldName(name.view())) mime->AddParameter(field.get());  // the same field, not a copy
@@ -204,8 +203,12 @@ void MessageParser::SplitMimeHeaders() {
   LONG mimeCount = 0;
   mime->get_ParamCount(&mimeCount);
   if (mimeCount == 0) return;
-  if (!root_ && FAILED(CreateClassInstance(CLSID_EMSMimePart, &root_))) return;
-  root_->put_Headers(mime.get());
+  if (!root_) {
+    ComPtr<IEMSMimePart> root;
+    if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return;
+    root_.Reset(std::move(root));
+  }
+  root_.get()->put_Headers(mime.get());
   RemoveMimeNames(mime.get());
 }
 
@@ -213,17 +216,18 @@ void MessageParser::SplitMimeHeaders() {
 // list and the root part's. The root part is made first, so that without
 // it nothing changes from the general way.
 bool MessageParser::ParseOwnHeaderBlock(std::string_view block) {
-  ComPtr<MessageParameters> own = ImplOf<MessageParameters>(headers_.get());
-  if (!own) return false;
-  ComPtr<IEMSMessageParameters> mime;
-  if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &mime))) return false;
-  ComPtr<MessageParameters> ownMime = ImplOf<MessageParameters>(mime.get());
+  MessageParameters* own = headers_->OwnList();
+  if (own == nullptr) return false;
+  ComPtr<IEMSMessageParameters> made;
+  if (FAILED(CreateClassInstance(CLSID_EMSMessageParameters, &made))) return false;
+  FieldListRef mime(made);
+  MessageParameters* ownMime = mime->OwnList();
   ComPtr<IEMSMimePart> root;
-  if (!ownMime || FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return false;
-  own->ParseBlockSplitting(block, kMimeFieldPrefix, ownMime.get());
+  if (ownMime == nullptr || FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return false;
+  own->ParseBlockSplitting(block, kMimeFieldPrefix, ownMime);
   if (ownMime->count() == 0) return true;
-  root_ = root;
-  root_->put_Headers(mime.get());
+  root_.Reset(root);
+  root_.get()->put_Headers(mime.get());
   return true;
 }
 
@@ -234,30 +238,30 @@ bool MessageParser::ParseOwnHeaderBlock(std::string_view block) {
 // entries carrying the names, so the kept entries are put back in one pass.
 void MessageParser::RemoveMimeNames(IEMSMessageParameters* mimeList) {
   std::vector<WString> names = FieldNames(mimeList);
-  if (ImplOf<MessageParameters>(headers_.get())) {
+  if (headers_->OwnList() != nullptr) {
     NameSet removing(names.begin(), names.end());
     std::vector<ComPtr<IEMSMessageParameter>> kept;
     bool consistent = true;
     LONG count = 0;
-    headers_->get_ParamCount(&count);
+    headers_.get()->get_ParamCount(&count);
     for (LONG i = 0; i < count && consistent; ++i) {
       ComPtr<IEMSMessageParameter> field;
       ComPtr<IEMSMessageParameter> indexed;
       Bstr name;
-      headers_->get_Parameter(i, field.put());
+      headers_.get()->get_Parameter(i, field.put());
       consistent = field && SUCCEEDED(field->get_Name(name.put())) && !name.is_null() &&
-                   SUCCEEDED(headers_->FindParameter(name.get(), indexed.put())) && indexed == field;
+                   SUCCEEDED(headers_.get()->FindParameter(name.get(), indexed.put())) && indexed == field;
       if (consistent && removing.count(WString(name.view())) == 0) kept.push_back(field);
     }
     if (consistent) {
-      headers_->RemoveAll();
-      for (const ComPtr<IEMSMessageParameter>& field : kept) headers_->AddParameter(field.get());
+      headers_.get()->RemoveAll();
+      for (const ComPtr<IEMSMessageParameter>& field : kept) headers_.get()->AddParameter(field.get());
       return;
     }
   }
   for (const WString& name : names) {
     Bstr wide(name);
-    headers_->RemoveByName(wide.get());
+    headers_.get()->RemoveByName(wide.get());
   }
 }
 
@@ -381,14 +385,14 @@ bool MessageParser::ConvertUuencodedInTree(IEMSMimePart* part, bool isRoot) {
   if (!ConvertUuencodedBlocks(plainBody_.get(), &produced)) return answer;
   ComPtr<IEMSMessageParameter> field;
   Bstr versionName = FixedName("MIME-Version");
-  if (SUCCEEDED(headers_->CreateParameter(versionName.get(), field.put())) && field) {
+  if (SUCCEEDED(headers_.get()->CreateParameter(versionName.get(), field.put())) && field) {
     Bstr one = FixedName("1.0");
     field->put_UnfoldedData(one.get());
   }
   field = nullptr;
   Bstr typeName = FixedName("Content-Type");
   ComPtr<IEMSContentType> state;
-  if (SUCCEEDED(headers_->CreateParameter(typeName.get(), field.put())) && field &&
+  if (SUCCEEDED(headers_.get()->CreateParameter(typeName.get(), field.put())) && field &&
       SUCCEEDED(field->QueryInterface(IID_IEMSContentType, state.put_void())) && state) {
     Bstr mixed = FixedName("multipart/mixed");
     state->put_ContentType(mixed.get());

@@ -20,7 +20,7 @@ HRESULT MimePart::FinalConstruct() {
   ComPtr<MessageParameters> headers;
   HRESULT hr = MakeObject(&headers);
   if (FAILED(hr)) return hr;
-  headers_ = ComPtr<IEMSMessageParameters>(headers.get());
+  headers_.ResetOwn(ComPtr<IEMSMessageParameters>(headers.get()), headers.get());
   return S_OK;
 }
 
@@ -28,7 +28,7 @@ IEMSMimeParts* MimePart::parts() {
   if (!parts_) {
     ComPtr<MimeParts> parts;
     if (FAILED(MakeObject(&parts))) throw std::bad_alloc();
-    parts_ = ComPtr<IEMSMimeParts>(parts.get());
+    parts_.ResetOwn(ComPtr<IEMSMimeParts>(parts.get()), parts.get());
   }
   return parts_.get();
 }
@@ -38,8 +38,8 @@ HRESULT MimePart::ParsePartObject(IEMSDataObject* pObject) {
   if (pObject == nullptr) return E_POINTER;
   return Guard([&] {
     body_ = nullptr;
-    headers_->RemoveAll();
-    if (parts_) RemoveAllParts(parts_.get());
+    headers_.get()->RemoveAll();
+    if (parts_) parts_->Clear();
     // The attachment flag is left as it is: parsing never clears it.
     DataBytes bytes;
     if (FAILED(ReadDataBytes(pObject, &bytes)) || bytes.data() == nullptr) return E_FAIL;
@@ -92,15 +92,18 @@ HRESULT MimePart::get_BodyObject(IEMSDataObject** ppVal) {
 
 HRESULT MimePart::get_Headers(IEMSMessageParameters** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
-  headers_.CopyTo(ppVal);
+  headers_.object().CopyTo(ppVal);
   return S_OK;
 }
 
 // The part always has a list: a missing one is refused.
 HRESULT MimePart::put_Headers(IEMSMessageParameters* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  if (pVal != headers_.get()) headers_ = ComPtr<IEMSMessageParameters>(pVal);
-  return S_OK;
+  if (pVal == headers_.get()) return S_OK;
+  return Guard([&] {
+    headers_.Reset(pVal);
+    return S_OK;
+  });
 }
 
 HRESULT MimePart::get_MimeParts(IEMSMimeParts** ppVal) {
@@ -114,8 +117,11 @@ HRESULT MimePart::get_MimeParts(IEMSMimeParts** ppVal) {
 
 HRESULT MimePart::put_MimeParts(IEMSMimeParts* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  if (pVal != parts_.get()) parts_ = ComPtr<IEMSMimeParts>(pVal);
-  return S_OK;
+  if (pVal == parts_.get()) return S_OK;
+  return Guard([&] {
+    parts_.Reset(pVal);
+    return S_OK;
+  });
 }
 
 // ---------------------------------------------------------------- plain properties

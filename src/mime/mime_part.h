@@ -15,10 +15,11 @@
 #define PARCELVANE_SRC_MIME_MIME_PART_H
 
 #include "src/com/com_object.h"
+#include "src/mime/part_access.h"
 
 namespace pv {
 
-class MimePart final : public ComObject<MimePart, IEMSMimePart> {
+class MimePart final : public ComObject<MimePart, IEMSMimePart>, public PartAccess {
  public:
   explicit MimePart(IUnknown* outer);
   // Makes the header list and the child list.
@@ -31,11 +32,20 @@ class MimePart final : public ComObject<MimePart, IEMSMimePart> {
     return body_.get();
   }
   IEMSMessageParameters* headers() const { return headers_.get(); }
+  // The header list, as the library works on it (the part always has one).
+  FieldListAccess& fields() const { return *headers_.access(); }
   // The child list, made on first use: a leaf of a parsed tree has none
   // until something asks for it. Throws std::bad_alloc.
   IEMSMimeParts* parts();
+  PartListAccess& partList() { return *partListHolder().access(); }
+  const PartListRef& partListHolder() {
+    parts();
+    return parts_;
+  }
   // The child list if there is one yet (no list: no children).
-  IEMSMimeParts* partsIfAny() const { return parts_.get(); }
+  PartListAccess* partListIfAny() const { return parts_.access(); }
+  // How many children it has.
+  LONG childCount() const { return parts_ ? parts_->Count() : 0; }
   LONG defaultCodePage() const { return defaultCodePage_; }
   LONG defaultEncoding() const { return defaultEncoding_; }
   LONG attachFlag() const { return attach_; }
@@ -53,13 +63,17 @@ class MimePart final : public ComObject<MimePart, IEMSMimePart> {
   // it. `hasBody` tells whether there was a body at all.
   HRESULT WriteTo(bool withHeaders, std::string* out, bool* hasBody);
 
+  // ---------------------------------------------------------------- as PartAccess
+  FieldRef FindField(std::string_view ansiName) override { return headers_->Find(ansiName); }
+  MimePart* OwnPart() override { return this; }
+
  private:
   // The body store of BodyObject put, after the new body is held.
   HRESULT StoreBody(IEMSDataObject* body);
 
   ComPtr<IEMSDataObject> body_;
-  ComPtr<IEMSMessageParameters> headers_;
-  ComPtr<IEMSMimeParts> parts_;
+  FieldListRef headers_;
+  PartListRef parts_;
   LONG defaultCodePage_;
   LONG defaultEncoding_ = 0;
   LONG defaultHeaderEncoding_ = 3;  // automatic

@@ -100,7 +100,7 @@ class PartTreeWriter {
   // A multipart part whose children are being written.
   struct Frame {
     ComPtr<MimePart> part;
-    ComPtr<IEMSMimeParts> list;
+    PartListRef list;
     LONG count;
     LONG next;
     bool childWritten;
@@ -117,7 +117,7 @@ class PartTreeWriter {
   // A body written between generated delimiters: [begin, end) of the
   // output, holding `count` + 1 delimiters of its own.
   struct GeneratedBody {
-    ComPtr<MessageParameter> field;
+    FieldRef field;
     std::string boundary;
     size_t begin;
     size_t end;
@@ -162,15 +162,15 @@ class PartTreeWriter {
     std::unordered_set<std::string> taken;
     for (const GeneratedBody& body : generated_) taken.insert(body.boundary);
     bool replaced = false;
-    std::unordered_set<MessageParameter*> done;
+    std::unordered_set<FieldAccess*> done;
     for (const GeneratedBody& body : generated_) {
       auto positions = found.find(body.boundary);
-      if (positions == found.end() || done.count(body.field.get()) != 0) continue;
+      if (positions == found.end() || done.count(body.field.access()) != 0) continue;
       const std::vector<size_t>& at = positions->second;
       auto first = std::lower_bound(at.begin(), at.end(), body.begin);
       auto last = std::lower_bound(at.begin(), at.end(), body.end);
       if (last - first <= static_cast<std::ptrdiff_t>(body.count) + 1) continue;  // its own delimiters only
-      done.insert(body.field.get());
+      done.insert(body.field.access());
       std::string next;
       for (int draw = 0; draw < kMaxDraws; ++draw) {
         if (FAILED(body.field->RegenerateBoundary(&next))) break;
@@ -201,7 +201,7 @@ class PartTreeWriter {
     }
     LONG count = 0;
     std::string delimiter;
-    ComPtr<MessageParameter> generatedBy;
+    FieldRef generatedBy;
     HRESULT hr = OpenMultipart(part, &count, &delimiter, &generatedBy);
     if (FAILED(hr)) return hr;
     if (withHeaders) WriteHeaders(part);
@@ -213,8 +213,8 @@ class PartTreeWriter {
     }
     out_->append(delimiter).append("\r\n");  // no preamble
     *hasBody = true;
-    frames_.push_back({ComPtr<MimePart>(part), ComPtr<IEMSMimeParts>(part->parts()), count, 0, false, false,
-                       0, delimiter, generated});
+    frames_.push_back(
+        {ComPtr<MimePart>(part), part->partListHolder(), count, 0, false, false, 0, delimiter, generated});
     open_.Add(delimiter);
     onPath_.insert(part);
     return S_OK;
@@ -224,45 +224,39 @@ class PartTreeWriter {
   // the part has no children, is not a multipart, or has no boundary even
   // after one was asked for. `generatedBy` receives the field when the
   // library generated its boundary (now or before) and may replace it.
-  static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter,
-                               ComPtr<MessageParameter>* generatedBy) {
-    *count = part->partsIfAny() != nullptr ? PartsCountOf(part->partsIfAny()) : 0;
+  static HRESULT OpenMultipart(MimePart* part, LONG* count, std::string* delimiter, FieldRef* generatedBy) {
+    *count = part->childCount();
     if (*count == 0) return S_OK;
-    ComPtr<IEMSMessageParameter> type = FieldByName(part->headers(), "Content-Type");
+    FieldListAccess& fields = part->fields();
+    FieldRef type = fields.Find("Content-Type");
     LONG code = kTypeText;
     LONG subtype = 0;
-    if (!type || !FieldContentCodes(type.get(), &code, &subtype)) code = kTypeText;
+    if (!type || !type->ContentCodes(&code, &subtype)) code = kTypeText;
     // Children of a part that is not a multipart are not written.
     if (code != kTypeMultipart) return S_OK;
     // The delimiters must be what the written field reads back as.
-    std::string boundary;
-    if (ComPtr<MessageParameter> own = ImplOf<MessageParameter>(type.get())) {
-      if (FAILED(own->BoundaryAsWritten(&boundary))) boundary.clear();
-    } else {
-      boundary = BoundaryOf(type.get());
-    }
+    std::string boundary = type->WrittenBoundary();
     if (boundary.empty()) {
-      ComPtr<IEMSMessageParameter> field;
-      HRESULT hr = CreateField(part->headers(), "Content-Type", &field);
+      FieldRef field;
+      HRESULT hr = fields.Create("Content-Type", &field);
       if (hr == E_OUTOFMEMORY) return hr;
       ComPtr<IEMSContentType> content;
-      if (SUCCEEDED(hr) && SUCCEEDED(field.As(&content)) && content) {
+      if (SUCCEEDED(hr) && SUCCEEDED(field.object().As(&content)) && content) {
         hr = content->CreateBoundary(0, nullptr);
         if (hr == E_OUTOFMEMORY) return hr;
-        boundary = BoundaryOf(field.get());
+        boundary = field->BoundaryText();
       }
-      type = field;
+      type = std::move(field);
     }
     if (boundary.empty()) return S_OK;
     *delimiter = "--" + boundary;
-    ComPtr<MessageParameter> own = ImplOf<MessageParameter>(type.get());
-    if (own && own->HasGeneratedBoundary()) *generatedBy = own;
+    if (type->HasGeneratedBoundary()) *generatedBy = std::move(type);
     return S_OK;
   }
 
   void WriteHeaders(MimePart* part) {
     std::string block;
-    if (FAILED(HeaderBlockText(part->headers(), &block))) block.clear();
+    if (FAILED(part->fields().BlockText(&block))) block.clear();
     // The list ends every field with "\r\n"; this one makes the empty line.
     // An output that would begin with it alone gets the line break that no
     // field wrote: the header block ends at the first "\r\n\r\n".
@@ -321,11 +315,13 @@ class PartTreeWriter {
         size += length;
         continue;
       }
-      ComPtr<MimeParts> list = ImplOf<MimeParts>(part->partsIfAny());
-      if (!list) continue;
-      for (size_t i = 0; i < list->size(); ++i) {
-        ComPtr<MimePart> child = ImplOf<MimePart>(list->at(i));
-        if (child && seen.insert(child.get()).second) pending.push_back(child.get());
+      PartListAccess* list = part->partListIfAny();
+      if (list == nullptr) continue;
+      const LONG count = list->Count();
+      for (LONG i = 0; i < count; ++i) {
+        PartRef child = list->At(i);
+        MimePart* own = child ? child->OwnPart() : nullptr;
+        if (own != nullptr && seen.insert(own).second) pending.push_back(own);
       }
     }
     return size;
@@ -397,21 +393,21 @@ class PartTreeWriter {
     frame.childWritten = true;
     frame.childClosed = false;
     frame.childStart = out_->size();
-    ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), index);
+    PartRef child = frame.list->At(index);
     // `frame` may move from here on: Enter can grow the stack.
     if (!child) return S_OK;  // a missing child writes nothing; its delimiters stay
-    ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
-    if (!own) {
+    MimePart* own = child->OwnPart();
+    if (own == nullptr) {
       ComPtr<IEMSDataObject> assembled;
-      if (SUCCEEDED(child->AssemblePartObject(assembled.put())) && assembled)
+      if (SUCCEEDED(child.get()->AssemblePartObject(assembled.put())) && assembled)
         AppendBytesOf(assembled.get(), out_);
       return S_OK;
     }
     // A part that contains itself would be written without end: where it
     // recurs, it writes nothing.
-    if (onPath_.count(own.get()) != 0) return S_OK;
+    if (onPath_.count(own) != 0) return S_OK;
     bool hasBody = false;
-    return Enter(own.get(), true, &hasBody);
+    return Enter(own, true, &hasBody);
   }
 
   std::string* out_;

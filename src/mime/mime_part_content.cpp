@@ -106,7 +106,7 @@ HRESULT MimePart::CreateAttach(BSTR bszName, IEMSDataObject* pObject, LONG bEmbe
     }
 
     ComPtr<IEMSMessageParameter> type;
-    HRESULT hr = CreateField(headers_.get(), "Content-Type", &type);
+    HRESULT hr = CreateField(fields(), "Content-Type", &type);
     if (FAILED(hr)) return hr;
     Bstr nameKey = AsciiBstr("name");
     ComPtr<IEMSMimeAttribute> nameParameter;
@@ -122,7 +122,7 @@ HRESULT MimePart::CreateAttach(BSTR bszName, IEMSDataObject* pObject, LONG bEmbe
     // An embedded object is inline: it gets no disposition.
     if (bEmbedded == 0) {
       ComPtr<IEMSMessageParameter> disposition;
-      hr = CreateField(headers_.get(), "Content-Disposition", &disposition);
+      hr = CreateField(fields(), "Content-Disposition", &disposition);
       if (FAILED(hr)) return hr;
       ComPtr<IEMSContentDisposition> state;
       if (SUCCEEDED(disposition.As(&state)) && state) state->put_FileName(Bstr(name).get());
@@ -132,7 +132,7 @@ HRESULT MimePart::CreateAttach(BSTR bszName, IEMSDataObject* pObject, LONG bEmbe
     for (const auto& [fieldName, value] : optional) {
       if (View(value).empty()) continue;
       ComPtr<IEMSMessageParameter> field;
-      hr = CreateField(headers_.get(), fieldName, &field);
+      hr = CreateField(fields(), fieldName, &field);
       if (FAILED(hr)) return hr;
       field->put_DecodedData(value);  // as given: no angle brackets are added
     }
@@ -148,20 +148,20 @@ HRESULT MimePart::get_AttachName(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     WString name;
-    ComPtr<IEMSMessageParameter> disposition = FieldByName(headers_.get(), "Content-Disposition");
+    ComPtr<IEMSMessageParameter> disposition = headers_->Find("Content-Disposition").object();
     ComPtr<IEMSContentDisposition> state;
     if (disposition && SUCCEEDED(disposition.As(&state)) && state) {
       Bstr fileName;
       if (SUCCEEDED(state->get_FileName(fileName.put()))) name = WString(fileName.view());
     }
     if (name.empty()) {
-      if (ComPtr<IEMSMessageParameter> description = FieldByName(headers_.get(), "Content-Description")) {
+      if (ComPtr<IEMSMessageParameter> description = headers_->Find("Content-Description").object()) {
         Bstr text;
         if (SUCCEEDED(description->get_DecodedData(text.put()))) name = WString(text.view());
       }
     }
     if (name.empty()) {
-      ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
+      ComPtr<IEMSMessageParameter> type = headers_->Find("Content-Type").object();
       if (!type || !ParameterValue(type.get(), "name", true, &name)) {
         name = WidenAscii("NoName");
       } else {
@@ -175,7 +175,7 @@ HRESULT MimePart::get_AttachName(BSTR* pVal) {
     if (file.extension.empty()) {
       LONG type = kTypeText;
       LONG subtype = kSubtypePlain;
-      PartContentCodes(headers_.get(), &type, &subtype);
+      PartContentCodes(fields(), &type, &subtype);
       if (type == kTypeMessage) {
         file.extension = WidenAscii(".eml");
       } else {
@@ -230,7 +230,7 @@ HRESULT MimePart::put_DecodedBody(BSTR newVal) {
     if (FAILED(hr)) return hr;
 
     ComPtr<IEMSMessageParameter> type;
-    hr = CreateField(headers_.get(), "Content-Type", &type);
+    hr = CreateField(fields(), "Content-Type", &type);
     if (FAILED(hr)) return hr;
     if (hr == S_OK) {  // a new field; an existing one keeps its type
       ComPtr<IEMSContentType> content;
@@ -262,7 +262,7 @@ HRESULT MimePart::get_DecodedBody(BSTR* pVal) {
     if (FAILED(ReadDataBytes(decoded.get(), &bytes))) return S_FALSE;
 
     LONG codePage = defaultCodePage_;
-    ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
+    ComPtr<IEMSMessageParameter> type = headers_->Find("Content-Type").object();
     WString charsetName;
     if (type && ParameterValue(type.get(), "charset", false, &charsetName)) {
       ComPtr<IEMSHeaderCharset> charset;
@@ -288,7 +288,7 @@ HRESULT MimePart::get_MimeType(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     LONG subtype = 0;
-    PartContentCodes(headers_.get(), pVal, &subtype);
+    PartContentCodes(fields(), pVal, &subtype);
     return S_OK;
   });
 }
@@ -297,7 +297,7 @@ HRESULT MimePart::get_MimeSubType(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     LONG type = 0;
-    PartContentCodes(headers_.get(), &type, pVal);
+    PartContentCodes(fields(), &type, pVal);
     return S_OK;
   });
 }
@@ -305,7 +305,7 @@ HRESULT MimePart::get_MimeSubType(LONG* pVal) {
 HRESULT MimePart::get_MimeContentTypeString(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
-    ComPtr<IEMSMessageParameter> type = FieldByName(headers_.get(), "Content-Type");
+    ComPtr<IEMSMessageParameter> type = headers_->Find("Content-Type").object();
     if (!type) return S_OK;  // left unset
     ComPtr<IEMSContentType> content;
     if (FAILED(type.As(&content)) || !content) return S_OK;

@@ -27,10 +27,8 @@ bool IsAttachmentType(LONG code) {
 
 // The header block of a part the parser made itself: its list is the
 // library's own, so the bytes go to it without a data object in between.
-void ParseHeaderBlock(IEMSMessageParameters* list, std::string_view block) {
-  if (ComPtr<MessageParameters> own = ImplOf<MessageParameters>(list)) {
-    own->ParseBlock(block);  // status ignored
-  }
+void ParseHeaderBlock(MimePart* part, std::string_view block) {
+  if (MessageParameters* own = part->fields().OwnList()) own->ParseBlock(block);  // status ignored
 }
 
 }  // namespace
@@ -42,7 +40,7 @@ PartTreeParser::PartTreeParser(IEMSDataObject* rootObject, const DataBytes& root
       spanBegin_(SpanBeginOf(root)),
       spanEnd_(spanBegin_ + root.Span().size()),
       splitter_(text_, spanBegin_, spanEnd_) {
-  if (ComPtr<DataObject> own = ImplOf<DataObject>(rootObject)) ownStore_ = own->store();
+  if (root.fromOwnObject) ownStore_ = root.store;
 }
 
 HRESULT PartTreeParser::ParseRoot(MimePart* part) {
@@ -76,19 +74,19 @@ void PartTreeParser::StoreRootBody(MimePart* part) {
 }
 
 void PartTreeParser::StoreBody(MimePart* part, IEMSDataObject* body, size_t begin, size_t end) {
-  IEMSMessageParameters* list = part->headers();
-  ComPtr<IEMSMessageParameter> type = FieldByName(list, "Content-Type");
+  FieldListAccess& list = part->fields();
+  FieldRef type = list.Find("Content-Type");
   if (!type) return;
   LONG code = kTypeText;
   LONG subtype = 0;
-  if (!FieldContentCodes(type.get(), &code, &subtype)) code = kTypeText;
+  if (!type->ContentCodes(&code, &subtype)) code = kTypeText;
   // Message entities are attachments too: they are never parsed into parts.
   if (IsAttachmentType(code)) part->SetAttachFlag();
-  if (part->attachFlag() == 0 && IsAttachmentDisposition(FieldByName(list, "Content-Disposition").get())) {
+  if (part->attachFlag() == 0 && IsAttachmentDisposition(list.Find("Content-Disposition"))) {
     part->SetAttachFlag();
   }
   if (code != kTypeMultipart) return;
-  std::string boundary = BoundaryOf(type.get());
+  std::string boundary = type->BoundaryText();
   if (boundary.empty()) return;
   jobs_.push_back({ComPtr<MimePart>(part), ComPtr<IEMSDataObject>(body), begin, end, std::move(boundary)});
 }
@@ -115,10 +113,10 @@ void PartTreeParser::Split(SplitJob& job) {
     child->InheritDefaults(*job.part.get());
     ChildResult result = ParseChild(child.get(), job.body.get(), span.offset, span.offset + span.length);
     if (result == ChildResult::kCloneFailed) break;
-    if (result == ChildResult::kParsed) AppendPart(job.part->parts(), child.get());
+    if (result == ChildResult::kParsed) job.part->partList().AppendOwn(child.get());
   }
   // A split multipart keeps no body: its preamble and epilogue are gone.
-  if (PartsCountOf(job.part->parts()) > 0) job.part->SetBody(nullptr);
+  if (job.part->partList().Count() > 0) job.part->SetBody(nullptr);
 }
 
 // ParsePartObject of a new child on the span [begin, end): the same steps
@@ -128,7 +126,7 @@ PartTreeParser::ChildResult PartTreeParser::ParseChild(MimePart* child, IEMSData
                                                        size_t begin, size_t end) {
   const size_t headerLength = FindHeaderBlockEnd(text_.substr(begin, end - begin));
   if (headerLength == std::string_view::npos) return ChildResult::kDropped;
-  if (headerLength != 0) ParseHeaderBlock(child->headers(), text_.substr(begin, headerLength));
+  if (headerLength != 0) ParseHeaderBlock(child, text_.substr(begin, headerLength));
   const size_t bodyBegin = begin + headerLength + 4;
   if (bodyBegin < end) {
     ComPtr<IEMSDataObject> body;

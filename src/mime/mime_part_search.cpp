@@ -19,15 +19,15 @@ namespace {
 // A part whose children a search is going through.
 struct SearchFrame {
   ComPtr<MimePart> part;
-  ComPtr<IEMSMimeParts> list;
+  PartListRef list;
   LONG count;
   LONG next;
   int64_t level;  // FindPart only
 };
 
 SearchFrame FrameOf(MimePart* part, int64_t level = 0) {
-  ComPtr<IEMSMimeParts> list(part->parts());
-  return {ComPtr<MimePart>(part), list, PartsCountOf(list.get()), 0, level};
+  const PartListRef& list = part->partListHolder();
+  return {ComPtr<MimePart>(part), list, list->Count(), 0, level};
 }
 
 // The parts on the way from the search's start to the part being visited:
@@ -68,31 +68,31 @@ HRESULT SearchDescendants(MimePart* root, int64_t rootLevel, Search& search, IEM
       continue;
     }
     const int64_t childLevel = frame.level - 1;  // a negative level never reaches 0
-    ComPtr<IEMSMimePart> child = PartOf(frame.list.get(), frame.next++);
+    PartRef child = frame.list->At(frame.next++);
     if (!child) continue;
     ComPtr<IEMSMimePart> found;
     if (search.Matches(frame.part.get(), child.get(), &found)) {
       *ppPart = found.detach();
       return S_OK;
     }
-    ComPtr<MimePart> own = ImplOf<MimePart>(child.get());
-    if (!own) {
+    MimePart* own = child->OwnPart();
+    if (own == nullptr) {
       if (search.AskForeign(child.get(), childLevel, &found) && found) {
         *ppPart = found.detach();
         return S_OK;
       }
       continue;
     }
-    if (path.Contains(own.get())) continue;
-    Visit visit = search.VisitPart(own.get(), childLevel);
+    if (path.Contains(own)) continue;
+    Visit visit = search.VisitPart(own, childLevel);
     if (visit == Visit::kFound) {
-      *ppPart = own.get();
+      *ppPart = own;
       own->AddRef();
       return S_OK;
     }
     if (visit == Visit::kDescend) {
-      stack.push_back(FrameOf(own.get(), childLevel));
-      path.Enter(own.get());
+      stack.push_back(FrameOf(own, childLevel));
+      path.Enter(own);
     }
   }
   return E_FAIL;
@@ -116,22 +116,23 @@ HRESULT SearchFromPart(MimePart* part, int64_t level, Search& search, IEMSMimePa
 
 HRESULT MimePart::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return headers_->CreateParameter(bszName, ppVal);
+  return headers_.get()->CreateParameter(bszName, ppVal);
 }
 
 HRESULT MimePart::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
   if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return headers_->FindParameter(bszName, ppVal);
+  return headers_.get()->FindParameter(bszName, ppVal);
 }
 
 // Only direct children are compared; grandchildren are not searched.
 HRESULT MimePart::RemovePart(IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
   return Guard([&] {
-    const LONG count = PartsCountOf(parts());
+    PartListAccess& list = partList();
+    const LONG count = list.Count();
     if (count == 0) return E_FAIL;
     for (LONG i = 0; i < count; ++i) {
-      if (PartOf(parts(), i).get() != pPart) continue;
+      if (list.At(i).get() != pPart) continue;
       parts()->RemovePart(i);  // status ignored
       return S_OK;
     }
@@ -147,7 +148,7 @@ namespace {
 // two readings of the field's codes agree, which they do for any field that
 // keeps what it was given.
 Visit VisitForFindPart(MimePart* part, BSTR contentType, int64_t level) {
-  ComPtr<IEMSMessageParameter> field = FieldByName(part->headers(), "Content-Type");
+  ComPtr<IEMSMessageParameter> field = part->fields().Find("Content-Type").object();
   if (!field) return Visit::kFailed;
   ComPtr<IEMSContentType> content;
   if (SUCCEEDED(field.As(&content)) && content) {
@@ -215,12 +216,11 @@ namespace {
 Visit VisitForSubType(MimePart* part, LONG subtypeAsked) {
   LONG type = kTypeText;
   LONG subtype = kSubtypePlain;
-  PartContentCodes(part->headers(), &type, &subtype);
+  PartContentCodes(part->fields(), &type, &subtype);
   if (type == kTypeMultipart) return Visit::kDescend;
   if (type < kTypeUnknown || type > kTypeVideo || type == kTypeNone) return Visit::kFailed;
   if (subtype != subtypeAsked) return Visit::kFailed;
-  if (IsAttachmentDisposition(FieldByName(part->headers(), "Content-Disposition").get()))
-    return Visit::kFailed;
+  if (IsAttachmentDisposition(part->fields().Find("Content-Disposition"))) return Visit::kFailed;
   return Visit::kFound;
 }
 
@@ -249,10 +249,10 @@ HRESULT MimePart::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
 // keeps a new list with nothing but a multipart "Content-Type".
 HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
   return Guard([&] {
-    if (FieldCountOf(headers_.get()) == 0) return E_FAIL;
+    if (headers_->Count() == 0) return E_FAIL;
     LONG type = kTypeText;
     LONG subtype = kSubtypePlain;
-    PartContentCodes(headers_.get(), &type, &subtype);
+    PartContentCodes(fields(), &type, &subtype);
     if (type == kTypeMultipart && subtype == nSubType) return S_OK;
 
     ComPtr<MimePart> child;
@@ -270,9 +270,9 @@ HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
       child->parts()->AppendParts(parts());
     }
 
-    headers_ = ComPtr<IEMSMessageParameters>(headers.get());
+    headers_.ResetOwn(ComPtr<IEMSMessageParameters>(headers.get()), headers.get());
     ComPtr<IEMSMessageParameter> field;
-    hr = CreateField(headers_.get(), "Content-Type", &field);
+    hr = CreateField(fields(), "Content-Type", &field);
     if (FAILED(hr)) return hr;
     ComPtr<IEMSContentType> content;
     hr = field.As(&content);
@@ -281,8 +281,8 @@ HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
     content->put_MimeSubType(nSubType);
     content->CreateBoundary(0, nullptr);
 
-    RemoveAllParts(parts());
-    AppendPart(parts(), child.get());
+    partList().Clear();
+    partList().AppendOwn(child.get());
     body_ = nullptr;
     return S_OK;
   });

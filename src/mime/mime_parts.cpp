@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "src/com/creators.h"
+#include "src/mime/mime_part.h"
 
 namespace pv {
 
@@ -22,26 +23,43 @@ LONG CountOf(size_t size) {
 }  // namespace
 
 void MimeParts::Clear() {
-  std::vector<ComPtr<IEMSMimePart>> released;
+  std::vector<PartRef> released;
   released.swap(parts_);
+}
+
+HRESULT MimeParts::AppendOwn(MimePart* part) {
+  PartRef entry;
+  entry.ResetOwn(ComPtr<IEMSMimePart>(part), part);
+  parts_.push_back(std::move(entry));
+  return S_OK;
+}
+
+LONG MimeParts::Count() { return CountOf(parts_.size()); }
+
+PartRef MimeParts::At(LONG index) {
+  if (!InRange(index, parts_.size())) return PartRef();
+  return parts_[static_cast<size_t>(index)];
+}
+
+HRESULT MimeParts::Append(IEMSMimePart* part) {
+  parts_.emplace_back(part);
+  return S_OK;
 }
 
 HRESULT MimeParts::AddPart(IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    Append(pVal);
-    return S_OK;
-  });
+  return Guard([&] { return Append(pVal); });
 }
 
 HRESULT MimeParts::AppendParts(IEMSMimeParts* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
     // The count is read first, so a list appended to itself doubles once.
-    LONG count = PartsCountOf(pVal);
+    PartListRef list(pVal);
+    LONG count = list->Count();
     for (LONG i = 0; i < count; ++i) {
-      ComPtr<IEMSMimePart> part = PartOf(pVal, i);
-      if (part) Append(part.get());
+      PartRef part = list->At(i);
+      if (part) parts_.push_back(std::move(part));
     }
     return S_OK;
   });
@@ -49,7 +67,7 @@ HRESULT MimeParts::AppendParts(IEMSMimeParts* pVal) {
 
 HRESULT MimeParts::RemovePart(LONG nIdx) {
   if (!InRange(nIdx, parts_.size())) return S_OK;
-  ComPtr<IEMSMimePart> removed = std::move(parts_[static_cast<size_t>(nIdx)]);
+  PartRef removed = std::move(parts_[static_cast<size_t>(nIdx)]);
   parts_.erase(parts_.begin() + nIdx);
   return S_OK;
 }
@@ -64,60 +82,27 @@ HRESULT MimeParts::get_Part(LONG nIdx, IEMSMimePart** ppVal) {
   if (ppVal == nullptr) return E_POINTER;
   if (nIdx < 0) return E_INVALIDARG;
   if (static_cast<size_t>(nIdx) >= parts_.size()) return S_OK;  // nothing written
-  parts_[static_cast<size_t>(nIdx)].CopyTo(ppVal);
+  parts_[static_cast<size_t>(nIdx)].object().CopyTo(ppVal);
   return S_OK;
 }
 
 HRESULT MimeParts::put_Part(LONG nIdx, IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (!InRange(nIdx, parts_.size())) return S_OK;
-  ComPtr<IEMSMimePart>& slot = parts_[static_cast<size_t>(nIdx)];
+  PartRef& slot = parts_[static_cast<size_t>(nIdx)];
   if (slot.get() == pVal) return S_OK;
-  ComPtr<IEMSMimePart> released = std::move(slot);
-  slot = ComPtr<IEMSMimePart>(pVal);
-  return S_OK;
+  return Guard([&] {
+    PartRef entry(pVal);
+    PartRef released = std::move(slot);
+    slot = std::move(entry);
+    return S_OK;
+  });
 }
 
 HRESULT MimeParts::get_PartsCount(LONG* pVal) {
   if (pVal == nullptr) return E_POINTER;
   *pVal = CountOf(parts_.size());
   return S_OK;
-}
-
-// ---------------------------------------------------------------- any parts list
-LONG PartsCountOf(IEMSMimeParts* list) {
-  if (ComPtr<MimeParts> own = ImplOf<MimeParts>(list)) {
-    return CountOf(own->size());
-  }
-  LONG count = 0;
-  if (list == nullptr || FAILED(list->get_PartsCount(&count)) || count < 0) return 0;
-  return count;
-}
-
-ComPtr<IEMSMimePart> PartOf(IEMSMimeParts* list, LONG index) {
-  if (ComPtr<MimeParts> own = ImplOf<MimeParts>(list)) {
-    if (!InRange(index, own->size())) return nullptr;
-    return ComPtr<IEMSMimePart>(own->at(static_cast<size_t>(index)));
-  }
-  ComPtr<IEMSMimePart> part;
-  if (list != nullptr) list->get_Part(index, part.put());
-  return part;
-}
-
-HRESULT AppendPart(IEMSMimeParts* list, IEMSMimePart* part) {
-  if (ComPtr<MimeParts> own = ImplOf<MimeParts>(list)) {
-    own->Append(part);
-    return S_OK;
-  }
-  return list != nullptr ? list->AddPart(part) : E_POINTER;
-}
-
-void RemoveAllParts(IEMSMimeParts* list) {
-  if (ComPtr<MimeParts> own = ImplOf<MimeParts>(list)) {
-    own->Clear();
-    return;
-  }
-  if (list != nullptr) list->RemoveAll();
 }
 
 }  // namespace pv

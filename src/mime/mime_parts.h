@@ -8,10 +8,11 @@
 #include <vector>
 
 #include "src/com/com_object.h"
+#include "src/mime/part_access.h"
 
 namespace pv {
 
-class MimeParts final : public ComObject<MimeParts, IEMSMimeParts> {
+class MimeParts final : public ComObject<MimeParts, IEMSMimeParts>, public PartListAccess {
  public:
   explicit MimeParts(IUnknown* outer) : ComObject(outer) {}
 
@@ -22,22 +23,20 @@ class MimeParts final : public ComObject<MimeParts, IEMSMimeParts> {
     return parts_.size();
   }
   // The entry at `index` (< size()).
-  IEMSMimePart* at(size_t index) const { return parts_[index].get(); }
-  void Append(IEMSMimePart* part) { parts_.emplace_back(part); }
+  const PartRef& entry(size_t index) const { return parts_[index]; }
+
+  // ---------------------------------------------------------------- as PartListAccess
+  LONG Count() override;
+  PartRef At(LONG index) override;
+  HRESULT Append(IEMSMimePart* part) override;
+  HRESULT AppendOwn(MimePart* part) override;
   // Empties the list before releasing anything, so that a part released
   // here finds the list already in its final state.
-  void Clear();
+  void Clear() override;
 
  private:
-  std::vector<ComPtr<IEMSMimePart>> parts_;
+  std::vector<PartRef> parts_;
 };
-
-// The same operations on any parts list: directly on the library's own,
-// through the interface on another implementation.
-LONG PartsCountOf(IEMSMimeParts* list);
-ComPtr<IEMSMimePart> PartOf(IEMSMimeParts* list, LONG index);
-HRESULT AppendPart(IEMSMimeParts* list, IEMSMimePart* part);
-void RemoveAllParts(IEMSMimeParts* list);
 
 }  // namespace pv
 

@@ -730,9 +730,9 @@ TEST(MessageParametersLibrary, NarrowEntryPointsMatchTheInterface) {
   std::string block = "Received: a\r\nSubject: caf\xE9\r\nreceived: b\r\n";
   EXPECT_EQ(own->ParseBlock(block), S_OK);
   EXPECT_EQ(own->count(), 2u);
-  ComPtr<IEMSMessageParameter> found = own->Find("RECEIVED");
+  FieldRef found = own->Find("RECEIVED");
   ASSERT_TRUE(found);
-  EXPECT_EQ(found.get(), own->at(0));
+  EXPECT_EQ(found.get(), own->at(0).get());
   EXPECT_FALSE(own->Find("To"));
   std::string assembled;
   EXPECT_EQ(own->AssembleBlock(&assembled), S_OK);
@@ -750,7 +750,7 @@ TEST(MessageParametersLibrary, DefaultsSetDirectlyReachParsedFields) {
   EXPECT_EQ(own->defaultEncoding(), 2);
   own->ParseBlock("A: 1\r\n");
   LONG page = 0;
-  own->at(0)->get_DefaultCodePage(&page);
+  own->at(0).get()->get_DefaultCodePage(&page);
   EXPECT_EQ(page, 65001);
 }
 
