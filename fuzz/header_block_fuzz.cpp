@@ -42,8 +42,8 @@ bool IsWellFormed(const std::string& text, const std::string& name) {
 std::vector<FieldSummary> Summarize(pv::MessageParameters* list) {
   std::vector<FieldSummary> fields;
   for (size_t i = 0; i < list->count(); ++i) {
-    pv::ComPtr<pv::MessageParameter> field = pv::ImplOf<pv::MessageParameter>(list->at(i));
-    if (!field) std::abort();  // every field of a parse is the library's own
+    pv::MessageParameter* field = list->at(i) ? list->at(i)->OwnField() : nullptr;
+    if (field == nullptr) std::abort();  // every field of a parse is the library's own
     FieldSummary summary;
     summary.name = field->name();
     summary.values = field->values();

@@ -71,10 +71,10 @@ Classification Classify(std::string_view block) {
   ComPtr<pv::MessageParameters> list;
   Check(SUCCEEDED(pv::MakeObject(&list)), "header list");
   list->ParseBlock(block);
-  ComPtr<IEMSMessageParameter> field = list->Find("Content-Type");
+  pv::FieldRef field = list->Find("Content-Type");
   if (!field) return c;
   c.hasType = true;
-  ComPtr<pv::MessageParameter> own = pv::ImplOf<pv::MessageParameter>(field.get());
+  pv::MessageParameter* own = field->OwnField();
   c.type = own->content().typeCode;
   if (FAILED(own->BoundaryNarrow(&c.boundary))) c.boundary.clear();
   return c;
