@@ -1,4 +1,8 @@
 #include "src/headers/message_parameter.h"
+
+#include <algorithm>
+#include <cstdint>
+
 #include "src/headers/name_index.h"
 
 #include "src/headers/header_text.h"
@@ -114,7 +118,7 @@ void MessageParameter::AppendRawPieces(std::string_view joined) {
 // wait always apply to the values as they are.
 void MessageParameter::RefreshDecodedText(size_t count) {
   if (pendingDecodes_ == 3) DecodeNow();
-  pendingDecodeCounts_[pendingDecodes_++] = count;
+  pendingDecodeCounts_[pendingDecodes_++] = static_cast<uint32_t>(std::min<size_t>(count, UINT32_MAX));
   // A charset that a caller may hold changes now.
   if (charsetShared_) DecodeNow();
 }

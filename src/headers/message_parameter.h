@@ -12,6 +12,7 @@
 #ifndef PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
 #define PARCELVANE_SRC_HEADERS_MESSAGE_PARAMETER_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -161,13 +162,17 @@ class MessageParameter final
   // The parameter text that waits for the list. A parse of parameters
   // empties the list first, so only the last one is kept.
   std::string pendingParameters_;
-  bool parametersPending_ = false;
   // Decodes that wait, in order: a parse asks for one and a chaining run
-  // for two more.
-  size_t pendingDecodeCounts_[3] = {0, 0, 0};
+  // for two more. A count of values: the values of a field fit in memory,
+  // so in 32 bits.
+  uint32_t pendingDecodeCounts_[3] = {0, 0, 0};
   int pendingDecodes_ = 0;
+  // The flags sit together: a parsed message holds many fields.
+  bool parametersPending_ = false;
   // Whether a caller may hold the charset (then decodes run at once).
   bool charsetShared_ = false;
+  // Whether a deferred chaining waits for FinishChaining.
+  bool chainPending_ = false;
   std::string name_;
   std::vector<std::string> values_;
   LONG defaultCodePage_;
@@ -187,7 +192,6 @@ class MessageParameter final
   std::unique_ptr<FieldExtras> extras_;
   // How many values the field held before the last deferred chaining.
   size_t valuesBeforeLastChain_ = 0;
-  bool chainPending_ = false;
 };
 
 }  // namespace pv

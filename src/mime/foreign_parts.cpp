@@ -45,6 +45,7 @@ class ForeignPartList final : public PartListAccess {
   HRESULT Append(IEMSMimePart* part) override { return list_->AddPart(part); }
   HRESULT AppendOwn(MimePart* part) override { return list_->AddPart(part); }
   void Clear() override { list_->RemoveAll(); }
+  void Reserve(size_t) override {}
 
  private:
   IEMSMimeParts* list_;  // held by the PartListRef that owns this adapter

@@ -107,6 +107,7 @@ void PartTreeParser::Split(SplitJob& job) {
   bool found = false;
   std::vector<ChildSpan> spans = splitter_.Split(job.begin, job.end, job.boundary, &found);
   if (!found) return;  // the body stays, without children
+  job.part->partList().Reserve(spans.size());
   for (const ChildSpan& span : spans) {
     ComPtr<MimePart> child;
     if (FAILED(MakeObject(&child))) break;

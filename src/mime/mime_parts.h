@@ -4,6 +4,7 @@
 #ifndef PARCELVANE_SRC_MIME_MIME_PARTS_H
 #define PARCELVANE_SRC_MIME_MIME_PARTS_H
 
+#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -33,6 +34,12 @@ class MimeParts final : public ComObject<MimeParts, IEMSMimeParts>, public PartL
   // Empties the list before releasing anything, so that a part released
   // here finds the list already in its final state.
   void Clear() override;
+  // Exact for a list that is empty, geometric for one that grows, so that
+  // lists appended to again and again stay linear.
+  void Reserve(size_t more) override {
+    if (parts_.size() + more > parts_.capacity())
+      parts_.reserve(std::max(parts_.size() + more, 2 * parts_.capacity()));
+  }
 
  private:
   std::vector<PartRef> parts_;

@@ -7,6 +7,7 @@
 #ifndef PARCELVANE_SRC_MIME_PART_ACCESS_H
 #define PARCELVANE_SRC_MIME_PART_ACCESS_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -52,6 +53,8 @@ class PartListAccess {
   virtual HRESULT AppendOwn(MimePart* part) = 0;
   // RemoveAll.
   virtual void Clear() = 0;
+  // Room for `more` entries to come (a hint, for the library's own list).
+  virtual void Reserve(size_t more) = 0;
 };
 
 using PartListRef = Adapted<IEMSMimeParts, PartListAccess>;
