@@ -90,6 +90,8 @@ class AttributeListAccess {
 
   // ParseAttributes on narrow text.
   virtual HRESULT ParseText(std::string_view ansiText) = 0;
+  // AssembleAttributes as narrow text; empty when nothing comes back.
+  virtual std::string AssembledText() = 0;
   // The library's own list, for what only it offers; null otherwise.
   virtual MimeAttributes* OwnList() = 0;
 };

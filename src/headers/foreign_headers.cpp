@@ -129,6 +129,12 @@ class ForeignAttributeList final : public AttributeListAccess {
     return list_->ParseAttributes(text.get());
   }
 
+  std::string AssembledText() override {
+    Bstr text;
+    if (FAILED(list_->AssembleAttributes(text.put())) || text.is_null()) return std::string();
+    return WideToAnsi(text.view());
+  }
+
   MimeAttributes* OwnList() override { return nullptr; }
 
  private:

@@ -188,6 +188,12 @@ WString MessageParameter::AssembledAttributes() {
   return WString(text.view());
 }
 
+std::string MessageParameter::AssembledAttributesNarrow() {
+  if (!attributes_ && !parametersPending_) return std::string();
+  Attributes();
+  return attributes_->AssembledText();
+}
+
 // A "Content-" value that ends in a line-break byte kept it only because a
 // ";" followed it (a parsed line loses its trailing ones): the ";" is
 // written again, so that the value reads back whole.
@@ -267,8 +273,7 @@ void MessageParameter::FinishChaining() {
 // occurrence, and a later occurrence written after them would take them
 // over when the block is read back (each occurrence is read with the
 // parameters on its own line).
-void MessageParameter::AssembleParts(std::string* lines, WString* parameters, std::string* laterLines) {
-  *parameters = AssembledAttributes();
+void MessageParameter::AssembleParts(bool hasParameters, std::string* lines, std::string* laterLines) {
   *lines = HeaderLines();
   laterLines->clear();
   if (!values_.empty()) {
@@ -285,16 +290,16 @@ void MessageParameter::AssembleParts(std::string* lines, WString* parameters, st
   } else if (EqualsIgnoreCaseAscii(name_, "Content-Disposition")) {
     state = content_.dispositionType;
   }
-  if (!state.empty() || !parameters->empty()) *lines = name_ + ": " + state;
+  if (!state.empty() || hasParameters) *lines = name_ + ": " + state;
 }
 
 HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
   if (pVal == nullptr) return E_POINTER;
   return Guard([&] {
+    const WString parameters = AssembledAttributes();
     std::string lines;
-    WString parameters;
     std::string laterLines;
-    AssembleParts(&lines, &parameters, &laterLines);
+    AssembleParts(!parameters.empty(), &lines, &laterLines);
     return ReturnBstr(AnsiToWide(lines) + parameters + AnsiToWide(laterLines), pVal);
   });
 }
@@ -740,10 +745,10 @@ HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {
 
 HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {
   return Guard([&] {
-    WString parameters;
+    const std::string parameters = AssembledAttributesNarrow();
     std::string laterLines;
-    AssembleParts(out, &parameters, &laterLines);
-    out->append(WideToAnsi(parameters)).append(laterLines);
+    AssembleParts(!parameters.empty(), out, &laterLines);
+    out->append(parameters).append(laterLines);
     return S_OK;
   });
 }
@@ -751,7 +756,7 @@ HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {
 HRESULT MessageParameter::RawDataNarrow(std::string* out) {
   return Guard([&] {
     *out = JoinValues(values_);
-    if (IsContentField()) out->append(WideToAnsi(AssembledAttributes()));
+    if (IsContentField()) out->append(AssembledAttributesNarrow());
     return S_OK;
   });
 }

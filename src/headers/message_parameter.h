@@ -128,14 +128,16 @@ class MessageParameter final
   void AppendRawPieces(std::string_view joined);
   // AddChainHeader without the refresh.
   HRESULT AppendChainPieces(IEMSMessageParameter* other);
-  // The attribute list's AssembleAttributes text (empty when it has none).
+  // The attribute list's AssembleAttributes text (empty when it has none),
+  // as the interface gives it and as narrow text.
   WString AssembledAttributes();
+  std::string AssembledAttributesNarrow();
   // One line per value: the name, ": " and the value.
   std::string HeaderLines() const;
   std::string ValueLine(const std::string& value) const;
   // What AssembleHeader writes: the first line, the parameters, then the
   // lines of the later values (each beginning with "\r\n").
-  void AssembleParts(std::string* lines, WString* parameters, std::string* laterLines);
+  void AssembleParts(bool hasParameters, std::string* lines, std::string* laterLines);
   // Decodes the first `count` values into the decoded text, updating the
   // default code page and encoding value by value. The decoding waits until
   // something reads what it changes (FlushDecode): most fields of a parsed

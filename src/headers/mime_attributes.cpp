@@ -153,6 +153,12 @@ HRESULT MimeAttributes::Parse(std::string_view text) {
 
 HRESULT MimeAttributes::ParseText(std::string_view ansiText) { return Parse(AnsiRoundTrip(ansiText)); }
 
+std::string MimeAttributes::AssembledText() {
+  std::string text;
+  if (FAILED(AppendAssembled(&text))) return std::string();
+  return AnsiRoundTrip(text);
+}
+
 HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {
   std::string text;
   for (const auto& [key, entry] : entries_) {

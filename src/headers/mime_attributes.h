@@ -60,6 +60,9 @@ class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes
   // ---------------------------------------------------------------- as AttributeListAccess
   // Parse, on text that has passed through the ANSI page as wide text would.
   HRESULT ParseText(std::string_view ansiText) override;
+  // AppendAssembled, as the text comes back from the interface's trip
+  // through wide text.
+  std::string AssembledText() override;
   MimeAttributes* OwnList() override { return this; }
 
  private:

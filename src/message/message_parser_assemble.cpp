@@ -11,10 +11,7 @@
 namespace pv {
 
 void MessageParser::AssembleBytes(std::string* out) {
-  Bstr headerText;
-  headers_.get()->AssembleParameters(headerText.put());
-  *out = WideToAnsi(headerText.view());
-  headerText.reset();
+  if (FAILED(headers_->BlockText(out))) out->clear();
   if (plainBody_) {
     DataBytes bytes;
     std::string_view body = SpanOf(plainBody_.get(), &bytes);
