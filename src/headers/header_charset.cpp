@@ -542,7 +542,7 @@ HRESULT HeaderCharset::get_HeaderCodePage(LONG* pVal) {
   return S_OK;
 }
 
-PV_STORED_PROPERTY(HeaderCharset, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderCharset, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderCharset, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderCharset, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

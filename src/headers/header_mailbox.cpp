@@ -128,7 +128,7 @@ HRESULT HeaderMailbox::put_Name(BSTR newVal) {
   });
 }
 
-PV_STORED_PROPERTY(HeaderMailbox, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderMailbox, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderMailbox, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderMailbox, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

@@ -225,7 +225,7 @@ HRESULT HeaderMailboxes::put_EncodedMailbox(LONG nIdx, BSTR newVal) {
   return Guard([&] { return SetEncodedMailbox(nIdx, View(newVal)); });
 }
 
-PV_STORED_PROPERTY(HeaderMailboxes, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderMailboxes, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderMailboxes, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(HeaderMailboxes, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

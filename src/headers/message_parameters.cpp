@@ -351,7 +351,7 @@ ComPtr<IEMSMessageParameter> MessageParameters::Find(std::string_view ansiName) 
   return at == kNotIndexed ? nullptr : fields_[at];
 }
 
-PV_STORED_PROPERTY(MessageParameters, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MessageParameters, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParameters, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParameters, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

@@ -162,13 +162,13 @@ HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
 // ---------------------------------------------------------------- code pages and encodings
 // Plain stores: a new default code page or encoding reaches the header list
 // and the root part only at the next reset, parse or body store.
-PV_STORED_PROPERTY(MessageParser, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MessageParser, DefaultEncoding, defaultEncoding_)
-PV_STORED_PROPERTY(MessageParser, TextCodePage, textCodePage_)
-PV_STORED_PROPERTY(MessageParser, HtmlCodePage, htmlCodePage_)
-PV_STORED_PROPERTY(MessageParser, TextEncoding, textEncoding_)
-PV_STORED_PROPERTY(MessageParser, HtmlEncoding, htmlEncoding_)
-PV_STORED_PROPERTY(MessageParser, AttachEncoding, attachEncoding_)
-PV_STORED_PROPERTY(MessageParser, AttachHeaderEncoding, attachHeaderEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, TextCodePage, textCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, HtmlCodePage, htmlCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, TextEncoding, textEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, HtmlEncoding, htmlEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, AttachEncoding, attachEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MessageParser, AttachHeaderEncoding, attachHeaderEncoding_)
 
 }  // namespace pv

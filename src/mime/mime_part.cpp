@@ -141,7 +141,7 @@ HRESULT MimePart::put_IsAttachPart(LONG newVal) {
   return S_OK;
 }
 
-PV_STORED_PROPERTY(MimePart, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MimePart, DefaultEncoding, defaultEncoding_)
+PV_STORED_PROPERTY_DEFINITIONS(MimePart, DefaultCodePage, defaultCodePage_)
+PV_STORED_PROPERTY_DEFINITIONS(MimePart, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv
