@@ -26,49 +26,44 @@ void MimeParts::Clear() {
   released.swap(parts_);
 }
 
-HRESULT MimeParts::AddPart(IEMSMimePart* pVal) {
+HRESULT MimeParts::DoAddPart(IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    Append(pVal);
-    return S_OK;
-  });
+  Append(pVal);
+  return S_OK;
 }
 
-HRESULT MimeParts::AppendParts(IEMSMimeParts* pVal) {
+HRESULT MimeParts::DoAppendParts(IEMSMimeParts* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    // The count is read first, so a list appended to itself doubles once.
-    LONG count = PartsCountOf(pVal);
-    for (LONG i = 0; i < count; ++i) {
-      ComPtr<IEMSMimePart> part = PartOf(pVal, i);
-      if (part) Append(part.get());
-    }
-    return S_OK;
-  });
+  // The count is read first, so a list appended to itself doubles once.
+  LONG count = PartsCountOf(pVal);
+  for (LONG i = 0; i < count; ++i) {
+    ComPtr<IEMSMimePart> part = PartOf(pVal, i);
+    if (part) Append(part.get());
+  }
+  return S_OK;
 }
 
-HRESULT MimeParts::RemovePart(LONG nIdx) {
+HRESULT MimeParts::DoRemovePart(LONG nIdx) {
   if (!InRange(nIdx, parts_.size())) return S_OK;
   ComPtr<IEMSMimePart> removed = std::move(parts_[static_cast<size_t>(nIdx)]);
   parts_.erase(parts_.begin() + nIdx);
   return S_OK;
 }
 
-HRESULT MimeParts::RemoveAll() {
+HRESULT MimeParts::DoRemoveAll() {
   Clear();
   return S_OK;
 }
 
 // A negative index is a range failure here, unlike everywhere else.
-HRESULT MimeParts::get_Part(LONG nIdx, IEMSMimePart** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MimeParts::GetPart(LONG nIdx, IEMSMimePart** ppVal) {
   if (nIdx < 0) return E_INVALIDARG;
   if (static_cast<size_t>(nIdx) >= parts_.size()) return S_OK;  // nothing written
   parts_[static_cast<size_t>(nIdx)].CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MimeParts::put_Part(LONG nIdx, IEMSMimePart* pVal) {
+HRESULT MimeParts::PutPart(LONG nIdx, IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (!InRange(nIdx, parts_.size())) return S_OK;
   ComPtr<IEMSMimePart>& slot = parts_[static_cast<size_t>(nIdx)];
@@ -78,8 +73,7 @@ HRESULT MimeParts::put_Part(LONG nIdx, IEMSMimePart* pVal) {
   return S_OK;
 }
 
-HRESULT MimeParts::get_PartsCount(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MimeParts::GetPartsCount(LONG* pVal) {
   *pVal = CountOf(parts_.size());
   return S_OK;
 }
