@@ -16,17 +16,4 @@
     return S_OK;                               \
   }
 
-// The same property written out as the two interface methods, for a class
-// that still declares every operation itself.
-#define PV_STORED_PROPERTY_DEFINITIONS(Class, Name, member) \
-  HRESULT Class::put_##Name(LONG newVal) {                  \
-    member = newVal;                                        \
-    return S_OK;                                            \
-  }                                                         \
-  HRESULT Class::get_##Name(LONG* pVal) {                   \
-    if (pVal == nullptr) return E_POINTER;                  \
-    *pVal = member;                                         \
-    return S_OK;                                            \
-  }
-
 #endif  // PARCELVANE_SRC_COM_STORED_PROPERTY_H
