@@ -9,7 +9,7 @@
 //     HRESULT DoClone(IEMSDataObject** ppVal);   // the method Clone
 //     HRESULT GetPosition(ULONG* pVal);          // get_Position
 //     HRESULT PutPosition(ULONG newVal);         // put_Position
-//     HRESULT STDMETHODCALLTYPE get_Data(VARIANT* pVal) override;  // hand-written
+//     HRESULT STDMETHODCALLTYPE CreateEmptyData(ULONG nSize) override;  // hand-written
 //   };
 //
 // The interfaces' operations come from the generated producers (produce.h,
