@@ -1,9 +1,7 @@
 # The Windows library's type library: make_idl (built for the machine that
-# runs the build) writes the interface definition from the public member
+# runs the build, cmake/HostTools.cmake) writes the interface definition from the public member
 # and class lists, widl compiles it, and a resource script embeds it in the
 # DLL as TYPELIB 1 beside a version resource.
-find_program(PARCELVANE_HOST_CXX NAMES c++ g++ clang++ REQUIRED
-  DOC "C++ compiler of the build machine, for make_idl")
 find_program(PARCELVANE_WIDL NAMES x86_64-w64-mingw32-widl widl REQUIRED
   DOC "The IDL compiler (Debian: mingw-w64-tools)")
 set(PARCELVANE_IDL_INCLUDE "/usr/include/wine/wine/windows" CACHE PATH
@@ -12,23 +10,9 @@ set(PARCELVANE_STDOLE_DIR "/usr/lib/x86_64-linux-gnu/wine/x86_64-windows" CACHE 
   "Folder with stdole2.tlb (Debian: wine64)")
 
 set(_tl_dir ${CMAKE_CURRENT_BINARY_DIR}/typelib)
-set(_make_idl ${_tl_dir}/make_idl)
+set(_make_idl ${PARCELVANE_HOST_TOOLS_DIR}/make_idl)
 file(MAKE_DIRECTORY ${_tl_dir})
-
-add_custom_command(OUTPUT ${_make_idl}
-  COMMAND ${PARCELVANE_HOST_CXX} -std=c++17 -O1
-          -I${PROJECT_SOURCE_DIR}/include -I${PROJECT_SOURCE_DIR}
-          ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp ${PROJECT_SOURCE_DIR}/src/com/identifiers.cpp
-          ${PROJECT_SOURCE_DIR}/src/com/guid_text.cpp -o ${_make_idl}
-  DEPENDS ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp
-          ${PROJECT_SOURCE_DIR}/src/com/identifiers.cpp
-          ${PROJECT_SOURCE_DIR}/src/com/guid_text.cpp
-          ${PROJECT_SOURCE_DIR}/src/com/guid_text.h
-          ${PROJECT_SOURCE_DIR}/src/com/dispatch_ids.h
-          ${PROJECT_SOURCE_DIR}/include/parcelvane/interfaces.h
-          ${PROJECT_SOURCE_DIR}/include/parcelvane/identifiers.h
-          ${PROJECT_SOURCE_DIR}/include/parcelvane/platform.h
-  COMMENT "Building make_idl for the build machine")
+parcelvane_host_tool(make_idl ${PROJECT_SOURCE_DIR}/tools/make_idl/make_idl.cpp)
 
 add_custom_command(OUTPUT ${_tl_dir}/parcelvane.idl
   COMMAND ${_make_idl} ${_tl_dir}/parcelvane.idl

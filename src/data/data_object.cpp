@@ -48,62 +48,55 @@ void DataObject::SetLength(ULONG length) {
   length_ = end > dataSize_ ? dataSize_ - position_ : length;
 }
 
-HRESULT DataObject::Clone(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<DataObject> clone;
-    HRESULT hr = MakeObject(&clone);
-    if (FAILED(hr)) return hr;
-    // Data put with this array (a fresh object has none: the put fails and
-    // is ignored), then Position put and Length put.
-    if (store_) clone->SetStore(store_);
-    clone->SetPosition(position_);
-    clone->SetLength(length_);
-    *ppVal = clone.detach();
-    return S_OK;
-  });
+HRESULT DataObject::DoClone(IEMSDataObject** ppVal) {
+  ComPtr<DataObject> clone;
+  HRESULT hr = MakeObject(&clone);
+  if (FAILED(hr)) return hr;
+  // Data put with this array (a fresh object has none: the put fails and
+  // is ignored), then Position put and Length put.
+  if (store_) clone->SetStore(store_);
+  clone->SetPosition(position_);
+  clone->SetLength(length_);
+  *ppVal = clone.detach();
+  return S_OK;
 }
 
-HRESULT DataObject::CopyFrom(IEMSDataObject* pData) {
+HRESULT DataObject::DoCopyFrom(IEMSDataObject* pData) {
   if (pData == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<DataObject> source = ImplOf<DataObject>(pData);
-    if (source.get() == this) return S_OK;
-    if (source) {
-      if (source->store_) SetStore(source->store_);
-      SetPosition(source->position_);
-      SetLength(source->length_);
-      return S_OK;
-    }
-    // Another implementation: through its interface.
-    VARIANT data;
-    VariantInit(&data);
-    pData->get_Data(&data);
-    put_Data(data);
-    VariantClear(&data);
-    ULONG value = 0;
-    pData->get_Position(&value);
-    SetPosition(value);
-    value = 0;
-    pData->get_Length(&value);
-    SetLength(value);
+  ComPtr<DataObject> source = ImplOf<DataObject>(pData);
+  if (source.get() == this) return S_OK;
+  if (source) {
+    if (source->store_) SetStore(source->store_);
+    SetPosition(source->position_);
+    SetLength(source->length_);
     return S_OK;
-  });
+  }
+  // Another implementation: through its interface.
+  VARIANT data;
+  VariantInit(&data);
+  pData->get_Data(&data);
+  put_Data(data);
+  VariantClear(&data);
+  ULONG value = 0;
+  pData->get_Position(&value);
+  SetPosition(value);
+  value = 0;
+  pData->get_Length(&value);
+  SetLength(value);
+  return S_OK;
 }
 
-HRESULT DataObject::CreateDataArray(VARIANT vData, LONG nCodePage) {
+HRESULT DataObject::DoCreateDataArray(VARIANT vData, LONG nCodePage) {
   if (!(vData.vt & VT_ARRAY)) return E_INVALIDARG;
-  return Guard([&] {
-    // A by-reference flag stays in the element type: such arrays match
-    // neither accepted type.
-    VARTYPE element = static_cast<VARTYPE>(vData.vt & ~VT_ARRAY);
-    if (element == VT_UI1) {
-      put_Data(vData);
-      return S_OK;
-    }
-    if (element == VT_UI2) return CreateFromUtf16(vData.parray, nCodePage);
-    return E_FAIL;
-  });
+  // A by-reference flag stays in the element type: such arrays match
+  // neither accepted type.
+  VARTYPE element = static_cast<VARTYPE>(vData.vt & ~VT_ARRAY);
+  if (element == VT_UI1) {
+    put_Data(vData);
+    return S_OK;
+  }
+  if (element == VT_UI2) return CreateFromUtf16(vData.parray, nCodePage);
+  return E_FAIL;
 }
 
 HRESULT DataObject::CreateFromUtf16(SAFEARRAY* array, LONG codePage) {
@@ -156,75 +149,64 @@ HRESULT DataObject::CreateDataFromFile(BSTR bszFileName) {
   return hr == E_OUTOFMEMORY ? E_INVALIDARG : hr;
 }
 
-HRESULT DataObject::ExtractBlockAsData(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT DataObject::DoExtractBlockAsData(IEMSDataObject** ppVal) {
   if (!store_) return E_FAIL;
-  return Guard([&] {
-    // Only what lies inside the buffer is copied, whatever span the setters
-    // left behind.
-    size_t begin = std::min<size_t>(position_, store_->byteSize());
-    size_t end = std::min<size_t>(static_cast<size_t>(position_) + length_, store_->byteSize());
-    std::string bytes(reinterpret_cast<const char*>(store_->bytes()) + begin, end - begin);
-    ComPtr<DataObject> block;
-    HRESULT hr = MakeObject(&block);
-    if (FAILED(hr)) return hr;
-    block->SetStore(ByteStore::FromBytes(std::move(bytes)));
-    *ppVal = block.detach();
-    return S_OK;
-  });
+  // Only what lies inside the buffer is copied, whatever span the setters
+  // left behind.
+  size_t begin = std::min<size_t>(position_, store_->byteSize());
+  size_t end = std::min<size_t>(static_cast<size_t>(position_) + length_, store_->byteSize());
+  std::string bytes(reinterpret_cast<const char*>(store_->bytes()) + begin, end - begin);
+  ComPtr<DataObject> block;
+  HRESULT hr = MakeObject(&block);
+  if (FAILED(hr)) return hr;
+  block->SetStore(ByteStore::FromBytes(std::move(bytes)));
+  *ppVal = block.detach();
+  return S_OK;
 }
 
-HRESULT DataObject::get_Data(VARIANT* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT DataObject::GetData(VARIANT* pVal) {
   HRESULT hr = VariantClear(pVal);
   if (FAILED(hr)) return hr;
   if (!store_) return S_OK;
-  return Guard([&] {
-    SAFEARRAY* copy = nullptr;
-    HRESULT copied = store_->CopyToArray(&copy);
-    if (FAILED(copied)) return copied;
-    pVal->vt = static_cast<VARTYPE>(VT_ARRAY | store_->elementType());
-    pVal->parray = copy;
-    return S_OK;
-  });
+  SAFEARRAY* copy = nullptr;
+  HRESULT copied = store_->CopyToArray(&copy);
+  if (FAILED(copied)) return copied;
+  pVal->vt = static_cast<VARTYPE>(VT_ARRAY | store_->elementType());
+  pVal->parray = copy;
+  return S_OK;
 }
 
-HRESULT DataObject::put_Data(VARIANT newVal) {
+HRESULT DataObject::PutData(VARIANT newVal) {
   if (!(newVal.vt & VT_ARRAY)) return E_INVALIDARG;
-  return Guard([&] {
-    SAFEARRAY* array = (newVal.vt & VT_BYREF) ? (newVal.pparray ? *newVal.pparray : nullptr) : newVal.parray;
-    std::shared_ptr<const ByteStore> store;
-    HRESULT hr = ByteStore::FromArray(array, &store);
-    if (FAILED(hr)) return hr;
-    SetStore(std::move(store));
-    return S_OK;
-  });
+  SAFEARRAY* array = (newVal.vt & VT_BYREF) ? (newVal.pparray ? *newVal.pparray : nullptr) : newVal.parray;
+  std::shared_ptr<const ByteStore> store;
+  HRESULT hr = ByteStore::FromArray(array, &store);
+  if (FAILED(hr)) return hr;
+  SetStore(std::move(store));
+  return S_OK;
 }
 
-HRESULT DataObject::get_DataSize(ULONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT DataObject::GetDataSize(ULONG* pVal) {
   *pVal = dataSize_;
   return S_OK;
 }
 
-HRESULT DataObject::get_Position(ULONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT DataObject::GetPosition(ULONG* pVal) {
   *pVal = position_;
   return S_OK;
 }
 
-HRESULT DataObject::put_Position(ULONG newVal) {
+HRESULT DataObject::PutPosition(ULONG newVal) {
   SetPosition(newVal);
   return S_OK;
 }
 
-HRESULT DataObject::get_Length(ULONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT DataObject::GetLength(ULONG* pVal) {
   *pVal = length_;
   return S_OK;
 }
 
-HRESULT DataObject::put_Length(ULONG newVal) {
+HRESULT DataObject::PutLength(ULONG newVal) {
   SetLength(newVal);
   return S_OK;
 }

@@ -15,12 +15,26 @@ class DataObject final : public ComObject<DataObject, IEMSDataObject> {
  public:
   explicit DataObject(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSDataObject(PV_OVERRIDE_MEMBER)
+  // IEMSDataObject in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoClone(IEMSDataObject** ppVal);
+  HRESULT DoCopyFrom(IEMSDataObject* pData);
+  HRESULT DoCreateDataArray(VARIANT vData, LONG nCodePage);
+  HRESULT DoExtractBlockAsData(IEMSDataObject** ppVal);
+  HRESULT GetData(VARIANT* pVal);
+  HRESULT PutData(VARIANT newVal);
+  HRESULT GetDataSize(ULONG* pVal);
+  HRESULT GetPosition(ULONG* pVal);
+  HRESULT PutPosition(ULONG newVal);
+  HRESULT GetLength(ULONG* pVal);
+  HRESULT PutLength(ULONG newVal);
+  // Hand-written: exhausted memory is reported as E_INVALIDARG, not E_OUTOFMEMORY.
+  HRESULT STDMETHODCALLTYPE CreateEmptyData(ULONG nSize) override;
+  // Hand-written: exhausted memory is reported as E_INVALIDARG, not E_OUTOFMEMORY.
+  HRESULT STDMETHODCALLTYPE CreateDataFromFile(BSTR bszFileName) override;
 
-      // The library's own access, without the copies the interface makes.
-      const std::shared_ptr<const ByteStore>& store() const {
-    return store_;
-  }
+  // The library's own access, without the copies the interface makes.
+  const std::shared_ptr<const ByteStore>& store() const { return store_; }
   ULONG position() const { return position_; }
   ULONG length() const { return length_; }
   ULONG dataSize() const { return dataSize_; }

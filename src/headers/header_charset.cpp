@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/headers/header_charset.h"
 
 #include <algorithm>
@@ -495,54 +494,44 @@ HRESULT HeaderCharset::Encode(WStringView text, WString* out) {
   });
 }
 
-HRESULT HeaderCharset::ParseHeader(BSTR bszVal, BSTR* pVal) {
-  if (bszVal == nullptr || pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    WString out;
-    HRESULT hr = Decode(BstrToAnsi(bszVal), &out);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(out, pVal);
-  });
+HRESULT HeaderCharset::DoParseHeader(BSTR bszVal, BSTR* pVal) {
+  if (bszVal == nullptr) return E_POINTER;
+  WString out;
+  HRESULT hr = Decode(BstrToAnsi(bszVal), &out);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(out, pVal);
 }
 
-HRESULT HeaderCharset::AssembleHeader(BSTR bszVal, BSTR* pVal) {
-  if (bszVal == nullptr || pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    WString out;
-    HRESULT hr = Encode(View(bszVal), &out);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(out, pVal);
-  });
+HRESULT HeaderCharset::DoAssembleHeader(BSTR bszVal, BSTR* pVal) {
+  if (bszVal == nullptr) return E_POINTER;
+  WString out;
+  HRESULT hr = Encode(View(bszVal), &out);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(out, pVal);
 }
 
-HRESULT HeaderCharset::CharsetToCodePage(BSTR bszVal, LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderCharset::DoCharsetToCodePage(BSTR bszVal, LONG* pVal) {
   *pVal = CharsetToCodePageNumber(View(bszVal));
   return S_OK;
 }
 
-HRESULT HeaderCharset::CodePageToCharset(LONG nVal, BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(WidenAscii(CodePageToHeaderCharset(nVal)), pVal); });
+HRESULT HeaderCharset::DoCodePageToCharset(LONG nVal, BSTR* pVal) {
+  return ReturnBstr(WidenAscii(CodePageToHeaderCharset(nVal)), pVal);
 }
 
-HRESULT HeaderCharset::put_HeaderName(BSTR newVal) {
+HRESULT HeaderCharset::PutHeaderName(BSTR newVal) {
   if (newVal != nullptr) SetHeaderNameLength(SysStringLen(newVal));
   return S_OK;
 }
 
-HRESULT HeaderCharset::put_HeaderCodePage(LONG newVal) {
+HRESULT HeaderCharset::PutHeaderCodePage(LONG newVal) {
   headerCodePage_ = newVal;
   return S_OK;
 }
 
-HRESULT HeaderCharset::get_HeaderCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderCharset::GetHeaderCodePage(LONG* pVal) {
   *pVal = headerCodePage();
   return S_OK;
 }
-
-PV_STORED_PROPERTY(HeaderCharset, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderCharset, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

@@ -13,6 +13,7 @@
 
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -32,12 +33,23 @@ class HeaderCharset final : public ComObject<HeaderCharset, IEMSHeaderCharset> {
  public:
   explicit HeaderCharset(IUnknown* outer);
 
-  PV_MEMBERS_IEMSHeaderCharset(PV_OVERRIDE_MEMBER)
+  // IEMSHeaderCharset in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseHeader(BSTR bszVal, BSTR* pVal);
+  HRESULT DoAssembleHeader(BSTR bszVal, BSTR* pVal);
+  HRESULT DoCharsetToCodePage(BSTR bszVal, LONG* pVal);
+  HRESULT DoCodePageToCharset(LONG nVal, BSTR* pVal);
+  HRESULT PutHeaderName(BSTR newVal);
+  HRESULT PutHeaderCodePage(LONG newVal);
+  HRESULT GetHeaderCodePage(LONG* pVal);
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
 
-      // ParseHeader on narrow text in the ANSI code page: decodes the encoded
-      // words and leaves HeaderCodePage and DefaultEncoding at those of the
-      // last word. S_OK, or E_OUTOFMEMORY.
-      HRESULT Decode(std::string_view ansiText, WString* out);
+  // ParseHeader on narrow text in the ANSI code page: decodes the encoded
+  // words and leaves HeaderCodePage and DefaultEncoding at those of the
+  // last word. S_OK, or E_OUTOFMEMORY.
+  HRESULT Decode(std::string_view ansiText, WString* out);
   // AssembleHeader: `text` as a run of encoded words joined by "\r\n ".
   // S_OK, or E_OUTOFMEMORY.
   HRESULT Encode(WStringView text, WString* out);

@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/headers/header_mailbox.h"
 
 #include "src/headers/header_charset.h"
@@ -77,58 +76,38 @@ HRESULT HeaderMailbox::Assemble(std::string* ansiOut) {
 }
 
 // ---------------------------------------------------------------- interface
-HRESULT HeaderMailbox::SplitString(BSTR bszVal) {
-  return Guard([&] {
-    Clear();
-    if (bszVal == nullptr) return E_POINTER;
-    Split(View(bszVal));
-    return S_OK;
-  });
+HRESULT HeaderMailbox::DoSplitString(BSTR bszVal) {
+  Clear();
+  if (bszVal == nullptr) return E_POINTER;
+  Split(View(bszVal));
+  return S_OK;
 }
 
-HRESULT HeaderMailbox::ParseMailbox(BSTR bszVal) {
-  return Guard([&] {
-    Clear();
-    if (bszVal == nullptr) return E_POINTER;
-    return Parse(BstrToAnsi(bszVal));
-  });
+HRESULT HeaderMailbox::DoParseMailbox(BSTR bszVal) {
+  Clear();
+  if (bszVal == nullptr) return E_POINTER;
+  return Parse(BstrToAnsi(bszVal));
 }
 
-HRESULT HeaderMailbox::AssembleMailbox(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = Assemble(&text);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(AnsiToWide(text), pVal);
-  });
+HRESULT HeaderMailbox::DoAssembleMailbox(BSTR* pVal) {
+  std::string text;
+  HRESULT hr = Assemble(&text);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(AnsiToWide(text), pVal);
 }
 
-HRESULT HeaderMailbox::get_Address(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(AnsiToWide(address_), pVal); });
+HRESULT HeaderMailbox::GetAddress(BSTR* pVal) { return ReturnBstr(AnsiToWide(address_), pVal); }
+
+HRESULT HeaderMailbox::PutAddress(BSTR newVal) {
+  address_ = BstrToAnsi(newVal);
+  return S_OK;
 }
 
-HRESULT HeaderMailbox::put_Address(BSTR newVal) {
-  return Guard([&] {
-    address_ = BstrToAnsi(newVal);
-    return S_OK;
-  });
-}
+HRESULT HeaderMailbox::GetName(BSTR* pVal) { return ReturnBstr(name_, pVal); }
 
-HRESULT HeaderMailbox::get_Name(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(name_, pVal); });
+HRESULT HeaderMailbox::PutName(BSTR newVal) {
+  name_.assign(View(newVal));
+  return S_OK;
 }
-
-HRESULT HeaderMailbox::put_Name(BSTR newVal) {
-  return Guard([&] {
-    name_.assign(View(newVal));
-    return S_OK;
-  });
-}
-
-PV_STORED_PROPERTY(HeaderMailbox, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderMailbox, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

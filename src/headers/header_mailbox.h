@@ -14,6 +14,7 @@
 
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -21,10 +22,21 @@ class HeaderMailbox final : public ComObject<HeaderMailbox, IEMSHeaderMailbox> {
  public:
   explicit HeaderMailbox(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSHeaderMailbox(PV_OVERRIDE_MEMBER)
+  // IEMSHeaderMailbox in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoSplitString(BSTR bszVal);
+  HRESULT DoParseMailbox(BSTR bszVal);
+  HRESULT DoAssembleMailbox(BSTR* pVal);
+  HRESULT GetAddress(BSTR* pVal);
+  HRESULT PutAddress(BSTR newVal);
+  HRESULT GetName(BSTR* pVal);
+  HRESULT PutName(BSTR newVal);
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
 
-      // SplitString: the display name goes to Name undecoded.
-      void Split(WStringView text);
+  // SplitString: the display name goes to Name undecoded.
+  void Split(WStringView text);
   // ParseMailbox on narrow text in the ANSI page: splits, then decodes the
   // display name and learns the code page and encoding of its last encoded
   // word. S_OK, or the failure to make the charset object.

@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/headers/header_mailboxes.h"
 
 #include "src/headers/mailbox_text.h"
@@ -124,32 +123,27 @@ HRESULT HeaderMailboxes::Assemble(WString* out) {
 }
 
 // ---------------------------------------------------------------- interface
-HRESULT HeaderMailboxes::ParseMailboxes(BSTR bszVal, LONG bEncoded) {
-  return Guard([&] {
-    names_.clear();
-    addresses_.clear();
-    if (bszVal == nullptr) return E_POINTER;
-    return Parse(View(bszVal), bEncoded != 0);
-  });
+HRESULT HeaderMailboxes::DoParseMailboxes(BSTR bszVal, LONG bEncoded) {
+  names_.clear();
+  addresses_.clear();
+  if (bszVal == nullptr) return E_POINTER;
+  return Parse(View(bszVal), bEncoded != 0);
 }
 
-HRESULT HeaderMailboxes::AssembleMailboxes(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    WString text;
-    HRESULT hr = Assemble(&text);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(text, pVal);
-  });
+HRESULT HeaderMailboxes::DoAssembleMailboxes(BSTR* pVal) {
+  WString text;
+  HRESULT hr = Assemble(&text);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(text, pVal);
 }
 
-HRESULT HeaderMailboxes::RemoveAll() {
+HRESULT HeaderMailboxes::DoRemoveAll() {
   names_.clear();
   addresses_.clear();
   return S_OK;
 }
 
-HRESULT HeaderMailboxes::RemoveMailbox(LONG nIdx) {
+HRESULT HeaderMailboxes::DoRemoveMailbox(LONG nIdx) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
@@ -158,74 +152,59 @@ HRESULT HeaderMailboxes::RemoveMailbox(LONG nIdx) {
   return S_OK;
 }
 
-HRESULT HeaderMailboxes::get_Count(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderMailboxes::GetCount(LONG* pVal) {
   *pVal = static_cast<LONG>(names_.size());
   return S_OK;
 }
 
-HRESULT HeaderMailboxes::get_MailboxName(LONG nIdx, BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderMailboxes::GetMailboxName(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  return Guard([&] { return ReturnBstr(names_[static_cast<size_t>(nIdx)], pVal); });
+  return ReturnBstr(names_[static_cast<size_t>(nIdx)], pVal);
 }
 
-HRESULT HeaderMailboxes::get_MailboxAddress(LONG nIdx, BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderMailboxes::GetMailboxAddress(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  return Guard([&] { return ReturnBstr(addresses_[static_cast<size_t>(nIdx)], pVal); });
+  return ReturnBstr(addresses_[static_cast<size_t>(nIdx)], pVal);
 }
 
-HRESULT HeaderMailboxes::put_MailboxData(LONG nIdx, BSTR bszName, BSTR bszAddress) {
-  return Guard([&] { return SetMailboxData(nIdx, View(bszName), View(bszAddress)); });
+HRESULT HeaderMailboxes::PutMailboxData(LONG nIdx, BSTR bszName, BSTR bszAddress) {
+  return SetMailboxData(nIdx, View(bszName), View(bszAddress));
 }
 
-HRESULT HeaderMailboxes::put_DecodedMailbox(LONG nIdx, BSTR newVal) {
-  return Guard([&] { return SetDecodedMailbox(nIdx, View(newVal)); });
+HRESULT HeaderMailboxes::PutDecodedMailbox(LONG nIdx, BSTR newVal) {
+  return SetDecodedMailbox(nIdx, View(newVal));
 }
 
-HRESULT HeaderMailboxes::get_DecodedMailbox(LONG nIdx, BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderMailboxes::GetDecodedMailbox(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
-  return Guard([&] {
-    WString text;  // out of range: "" (this get sets its result)
-    if (slot == Slot::kStored) AppendDecodedMailbox(static_cast<size_t>(nIdx), &text);
-    return ReturnBstr(text, pVal);
-  });
+  WString text;  // out of range: "" (this get sets its result)
+  if (slot == Slot::kStored) AppendDecodedMailbox(static_cast<size_t>(nIdx), &text);
+  return ReturnBstr(text, pVal);
 }
 
-HRESULT HeaderMailboxes::get_DecodedMailboxes(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    WString text;
-    AppendDecoded(&text);
-    return ReturnBstr(text, pVal);
-  });
+HRESULT HeaderMailboxes::GetDecodedMailboxes(BSTR* pVal) {
+  WString text;
+  AppendDecoded(&text);
+  return ReturnBstr(text, pVal);
 }
 
-HRESULT HeaderMailboxes::get_EncodedMailbox(LONG nIdx, BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT HeaderMailboxes::GetEncodedMailbox(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = AppendEncodedMailbox(static_cast<size_t>(nIdx), &text);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(AnsiToWide(text), pVal);
-  });
+  std::string text;
+  HRESULT hr = AppendEncodedMailbox(static_cast<size_t>(nIdx), &text);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(AnsiToWide(text), pVal);
 }
 
-HRESULT HeaderMailboxes::put_EncodedMailbox(LONG nIdx, BSTR newVal) {
-  return Guard([&] { return SetEncodedMailbox(nIdx, View(newVal)); });
+HRESULT HeaderMailboxes::PutEncodedMailbox(LONG nIdx, BSTR newVal) {
+  return SetEncodedMailbox(nIdx, View(newVal));
 }
-
-PV_STORED_PROPERTY(HeaderMailboxes, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(HeaderMailboxes, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

@@ -17,6 +17,7 @@
 #include "src/headers/header_mailbox.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -25,11 +26,28 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
   explicit HeaderMailboxes(IUnknown* outer) : ComObject(outer) {}
   HRESULT FinalConstruct() override;
 
-  PV_MEMBERS_IEMSHeaderMailboxes(PV_OVERRIDE_MEMBER)
+  // IEMSHeaderMailboxes in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseMailboxes(BSTR bszVal, LONG bEncoded);
+  HRESULT DoAssembleMailboxes(BSTR* pVal);
+  HRESULT DoRemoveAll();
+  HRESULT DoRemoveMailbox(LONG nIdx);
+  HRESULT GetCount(LONG* pVal);
+  HRESULT GetMailboxName(LONG nIdx, BSTR* pVal);
+  HRESULT GetMailboxAddress(LONG nIdx, BSTR* pVal);
+  HRESULT PutMailboxData(LONG nIdx, BSTR bszName, BSTR bszAddress);
+  HRESULT PutDecodedMailbox(LONG nIdx, BSTR newVal);
+  HRESULT GetDecodedMailbox(LONG nIdx, BSTR* pVal);
+  HRESULT GetDecodedMailboxes(BSTR* pVal);
+  HRESULT GetEncodedMailbox(LONG nIdx, BSTR* pVal);
+  HRESULT PutEncodedMailbox(LONG nIdx, BSTR newVal);
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
 
-      // The index that appends in MailboxData, DecodedMailbox and EncodedMailbox
-      // puts.
-      static constexpr LONG kAppend = -1;
+  // The index that appends in MailboxData, DecodedMailbox and EncodedMailbox
+  // puts.
+  static constexpr LONG kAppend = -1;
 
   // ParseMailboxes: empties the list and adds every piece of the address
   // list, decoding the display names when `encoded`. The ANSI form widens

@@ -212,17 +212,13 @@ std::string MessageParameter::HeaderLines() const {
   return lines;
 }
 
-HRESULT MessageParameter::ParseHeader(BSTR bszVal) {
-  return Guard([&] { return ParseHeaderText(BstrToAnsi(bszVal)); });
-}
+HRESULT MessageParameter::DoParseHeader(BSTR bszVal) { return ParseHeaderText(BstrToAnsi(bszVal)); }
 
-HRESULT MessageParameter::AddChainHeader(IEMSMessageParameter* pVal) {
+HRESULT MessageParameter::DoAddChainHeader(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    HRESULT hr = AppendChainPieces(pVal);
-    if (hr == S_OK) RefreshDecodedText();
-    return hr;
-  });
+  HRESULT hr = AppendChainPieces(pVal);
+  if (hr == S_OK) RefreshDecodedText();
+  return hr;
 }
 
 HRESULT MessageParameter::AppendChainPieces(IEMSMessageParameter* other) {
@@ -293,144 +289,112 @@ void MessageParameter::AssembleParts(bool hasParameters, std::string* lines, std
   if (!state.empty() || hasParameters) *lines = name_ + ": " + state;
 }
 
-HRESULT MessageParameter::AssembleHeader(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    const WString parameters = AssembledAttributes();
-    std::string lines;
-    std::string laterLines;
-    AssembleParts(!parameters.empty(), &lines, &laterLines);
-    return ReturnBstr(AnsiToWide(lines) + parameters + AnsiToWide(laterLines), pVal);
-  });
+HRESULT MessageParameter::DoAssembleHeader(BSTR* pVal) {
+  const WString parameters = AssembledAttributes();
+  std::string lines;
+  std::string laterLines;
+  AssembleParts(!parameters.empty(), &lines, &laterLines);
+  return ReturnBstr(AnsiToWide(lines) + parameters + AnsiToWide(laterLines), pVal);
 }
 
-HRESULT MessageParameter::FindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return Guard([&] { return Attributes()->FindAttribute(bszName, ppVal); });
-}
-
-HRESULT MessageParameter::CreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] { return Attributes()->CreateAttribute(bszName, ppVal); });
-}
-
-HRESULT MessageParameter::RemoveAttribute(BSTR bszName) {
+HRESULT MessageParameter::DoFindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (bszName == nullptr) return E_POINTER;
-  return Guard([&] {
-    Attributes()->RemoveAttribute(bszName);
-    return S_OK;
-  });
+  return Attributes()->FindAttribute(bszName, ppVal);
 }
 
-HRESULT MessageParameter::Clone(IEMSMessageParameter** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    ComPtr<IEMSMessageParameter> clone;
-    HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
-    if (FAILED(hr)) return hr;
-    Bstr name(AnsiToWide(name_));
-    Bstr raw;
-    hr = get_RawData(raw.put());
-    if (FAILED(hr)) return hr;
-    clone->put_Name(name.get());
-    clone->put_RawData(raw.get());
-    clone->put_DefaultCodePage(defaultCodePage_);
-    // The clone's default encoding receives the code page: kept as it is.
-    clone->put_DefaultEncoding(defaultCodePage_);
-    *ppVal = clone.detach();
-    return S_OK;
-  });
+HRESULT MessageParameter::DoCreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
+  return Attributes()->CreateAttribute(bszName, ppVal);
 }
 
-HRESULT MessageParameter::get_Name(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnNarrow(name_, pVal); });
+HRESULT MessageParameter::DoRemoveAttribute(BSTR bszName) {
+  if (bszName == nullptr) return E_POINTER;
+  Attributes()->RemoveAttribute(bszName);
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_Name(BSTR newVal) {
-  return Guard([&] {
-    name_ = BstrToAnsi(newVal);
-    return S_OK;
-  });
+HRESULT MessageParameter::DoClone(IEMSMessageParameter** ppVal) {
+  FlushDecode();
+  ComPtr<IEMSMessageParameter> clone;
+  HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
+  if (FAILED(hr)) return hr;
+  Bstr name(AnsiToWide(name_));
+  Bstr raw;
+  hr = get_RawData(raw.put());
+  if (FAILED(hr)) return hr;
+  clone->put_Name(name.get());
+  clone->put_RawData(raw.get());
+  clone->put_DefaultCodePage(defaultCodePage_);
+  // The clone's default encoding receives the code page: kept as it is.
+  clone->put_DefaultEncoding(defaultCodePage_);
+  *ppVal = clone.detach();
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_RawData(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    WString raw = AnsiToWide(JoinValues(values_));
-    if (IsContentField()) raw.append(AssembledAttributes());
-    return ReturnBstr(raw, pVal);
-  });
+HRESULT MessageParameter::GetName(BSTR* pVal) { return ReturnNarrow(name_, pVal); }
+
+HRESULT MessageParameter::PutName(BSTR newVal) {
+  name_ = BstrToAnsi(newVal);
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_RawData(BSTR newVal) {
-  return Guard([&] {
-    SetRawDataText(BstrToAnsi(newVal));
-    return S_OK;
-  });
+HRESULT MessageParameter::GetRawData(BSTR* pVal) {
+  WString raw = AnsiToWide(JoinValues(values_));
+  if (IsContentField()) raw.append(AssembledAttributes());
+  return ReturnBstr(raw, pVal);
 }
 
-HRESULT MessageParameter::get_UnfoldedData(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    for (const std::string& value : values_) {
-      if (!text.empty()) text.append(kSeparator);
-      text.append(UnfoldHeaderText(value));
-    }
-    return ReturnNarrow(text, pVal);
-  });
+HRESULT MessageParameter::PutRawData(BSTR newVal) {
+  SetRawDataText(BstrToAnsi(newVal));
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_UnfoldedData(BSTR newVal) {
-  return Guard([&] {
-    SetUnfoldedDataText(BstrToAnsi(newVal));
-    return S_OK;
-  });
+HRESULT MessageParameter::GetUnfoldedData(BSTR* pVal) {
+  std::string text;
+  for (const std::string& value : values_) {
+    if (!text.empty()) text.append(kSeparator);
+    text.append(UnfoldHeaderText(value));
+  }
+  return ReturnNarrow(text, pVal);
 }
 
-HRESULT MessageParameter::get_DecodedData(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    return ReturnBstr(Extras().decoded, pVal);
-  });
+HRESULT MessageParameter::PutUnfoldedData(BSTR newVal) {
+  SetUnfoldedDataText(BstrToAnsi(newVal));
+  return S_OK;
+}
+
+HRESULT MessageParameter::GetDecodedData(BSTR* pVal) {
+  FlushDecode();
+  return ReturnBstr(Extras().decoded, pVal);
 }
 
 // The caller's text becomes the decoded text as it is; the values are its
 // pieces encoded in the field's code page and encoding.
-HRESULT MessageParameter::put_DecodedData(BSTR newVal) {
-  return Guard([&] {
-    FlushDecode();
-    WString& decoded = Extras().decoded;
-    decoded = WString(View(newVal));
-    values_.clear();
-    WString encoded;
-    HeaderCharset* charset = Charset();
-    ForEachPiece(WStringView(decoded), kWideSeparator, [&](WStringView piece) {
-      charset->SetDefaultCodePage(defaultCodePage_);
-      charset->SetDefaultEncoding(defaultEncoding_);
-      charset->Encode(piece, &encoded);  // status ignored
-      std::string value = WideToAnsi(encoded);
-      if (!value.empty()) values_.push_back(std::move(value));
-    });
-    return S_OK;
+HRESULT MessageParameter::PutDecodedData(BSTR newVal) {
+  FlushDecode();
+  WString& decoded = Extras().decoded;
+  decoded = WString(View(newVal));
+  values_.clear();
+  WString encoded;
+  HeaderCharset* charset = Charset();
+  ForEachPiece(WStringView(decoded), kWideSeparator, [&](WStringView piece) {
+    charset->SetDefaultCodePage(defaultCodePage_);
+    charset->SetDefaultEncoding(defaultEncoding_);
+    charset->Encode(piece, &encoded);  // status ignored
+    std::string value = WideToAnsi(encoded);
+    if (!value.empty()) values_.push_back(std::move(value));
   });
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_Attributes(IEMSMimeAttributes** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    *ppVal = Attributes();
-    (*ppVal)->AddRef();
-    return S_OK;
-  });
+HRESULT MessageParameter::GetAttributes(IEMSMimeAttributes** ppVal) {
+  *ppVal = Attributes();
+  (*ppVal)->AddRef();
+  return S_OK;
 }
 
 // The replaced list was never handed out while parameters wait for it, so
 // they go with it.
-HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
+HRESULT MessageParameter::PutAttributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (pVal == attributes_.get()) return S_OK;
   return Guard([&] {
@@ -442,110 +406,87 @@ HRESULT MessageParameter::put_Attributes(IEMSMimeAttributes* pVal) {
 }
 
 // ---------------------------------------------------------------- mailboxes
-HRESULT MessageParameter::get_HeaderMailbox(IEMSHeaderMailbox** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSHeaderMailbox> mailbox;
-    HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailbox, &mailbox);
-    if (FAILED(hr)) return hr;
-    if (values_.empty()) {
-      *ppVal = mailbox.detach();
-      return S_FALSE;
-    }
-    Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
-    mailbox->ParseMailbox(text.get());
+HRESULT MessageParameter::GetHeaderMailbox(IEMSHeaderMailbox** ppVal) {
+  ComPtr<IEMSHeaderMailbox> mailbox;
+  HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailbox, &mailbox);
+  if (FAILED(hr)) return hr;
+  if (values_.empty()) {
     *ppVal = mailbox.detach();
-    return S_OK;
-  });
+    return S_FALSE;
+  }
+  Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
+  mailbox->ParseMailbox(text.get());
+  *ppVal = mailbox.detach();
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_HeaderMailbox(IEMSHeaderMailbox* pVal) {
+HRESULT MessageParameter::PutHeaderMailbox(IEMSHeaderMailbox* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    pVal->put_DefaultCodePage(defaultCodePage_);
-    pVal->put_DefaultEncoding(defaultEncoding_);
-    Bstr text;
-    if (FAILED(pVal->AssembleMailbox(text.put())) || text.view().empty()) return E_FAIL;
-    SetUnfoldedDataText(WideToAnsi(text.view()));  // folded like UnfoldedData put
-    return S_OK;
-  });
+  FlushDecode();
+  pVal->put_DefaultCodePage(defaultCodePage_);
+  pVal->put_DefaultEncoding(defaultEncoding_);
+  Bstr text;
+  if (FAILED(pVal->AssembleMailbox(text.put())) || text.view().empty()) return E_FAIL;
+  SetUnfoldedDataText(WideToAnsi(text.view()));  // folded like UnfoldedData put
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_HeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSHeaderMailboxes> mailboxes;
-    HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailboxes, &mailboxes);
-    if (FAILED(hr)) return hr;
-    if (values_.empty()) {
-      *ppVal = mailboxes.detach();
-      return S_FALSE;
-    }
-    Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
-    mailboxes->ParseMailboxes(text.get(), 1);
+HRESULT MessageParameter::GetHeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
+  ComPtr<IEMSHeaderMailboxes> mailboxes;
+  HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailboxes, &mailboxes);
+  if (FAILED(hr)) return hr;
+  if (values_.empty()) {
     *ppVal = mailboxes.detach();
-    return S_OK;
-  });
+    return S_FALSE;
+  }
+  Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
+  mailboxes->ParseMailboxes(text.get(), 1);
+  *ppVal = mailboxes.detach();
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_HeaderMailboxes(IEMSHeaderMailboxes* pVal) {
+HRESULT MessageParameter::PutHeaderMailboxes(IEMSHeaderMailboxes* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    pVal->put_DefaultCodePage(defaultCodePage_);
-    pVal->put_DefaultEncoding(defaultEncoding_);
-    Bstr text;
-    if (FAILED(pVal->AssembleMailboxes(text.put())) || text.view().empty()) return E_FAIL;
-    SetRawDataText(WideToAnsi(text.view()));  // stored as it is: not folded
-    return S_OK;
-  });
+  FlushDecode();
+  pVal->put_DefaultCodePage(defaultCodePage_);
+  pVal->put_DefaultEncoding(defaultEncoding_);
+  Bstr text;
+  if (FAILED(pVal->AssembleMailboxes(text.put())) || text.view().empty()) return E_FAIL;
+  SetRawDataText(WideToAnsi(text.view()));  // stored as it is: not folded
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- plain properties
-HRESULT MessageParameter::get_HeaderCharset(IEMSHeaderCharset** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    *ppVal = Charset();
-    (*ppVal)->AddRef();
-    charsetShared_ = true;
-    return S_OK;
-  });
+HRESULT MessageParameter::GetHeaderCharset(IEMSHeaderCharset** ppVal) {
+  FlushDecode();
+  *ppVal = Charset();
+  (*ppVal)->AddRef();
+  charsetShared_ = true;
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_DefaultCodePage(LONG newVal) {
-  return Guard([&] {
-    FlushDecode();
-    defaultCodePage_ = newVal;
-    return S_OK;
-  });
+HRESULT MessageParameter::PutDefaultCodePage(LONG newVal) {
+  FlushDecode();
+  defaultCodePage_ = newVal;
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_DefaultCodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    *pVal = defaultCodePage_;
-    return S_OK;
-  });
+HRESULT MessageParameter::GetDefaultCodePage(LONG* pVal) {
+  FlushDecode();
+  *pVal = defaultCodePage_;
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_DefaultEncoding(LONG newVal) {
-  return Guard([&] {
-    FlushDecode();
-    defaultEncoding_ = newVal;
-    return S_OK;
-  });
+HRESULT MessageParameter::PutDefaultEncoding(LONG newVal) {
+  FlushDecode();
+  defaultEncoding_ = newVal;
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_DefaultEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    *pVal = defaultEncoding_;
-    return S_OK;
-  });
+HRESULT MessageParameter::GetDefaultEncoding(LONG* pVal) {
+  FlushDecode();
+  *pVal = defaultEncoding_;
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- content type
@@ -565,18 +506,15 @@ void MessageParameter::ContentTypePut(std::string_view text) {
   content_.ParseContentTypeText(text);
 }
 
-HRESULT MessageParameter::ParseContentType(BSTR bszVal) {
+HRESULT MessageParameter::DoParseContentType(BSTR bszVal) {
   content_.ResetContentType();
   if (bszVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ContentTypePut(BstrToAnsi(bszVal));
-    return S_OK;
-  });
+  ContentTypePut(BstrToAnsi(bszVal));
+  return S_OK;
 }
 
-HRESULT MessageParameter::AssembleContentType(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(AnsiToWide(content_.ContentType()) + AssembledAttributes(), pVal); });
+HRESULT MessageParameter::DoAssembleContentType(BSTR* pVal) {
+  return ReturnBstr(AnsiToWide(content_.ContentType()) + AssembledAttributes(), pVal);
 }
 
 HRESULT MessageParameter::CreateBoundary(LONG n, BSTR* pVal) {
@@ -596,66 +534,45 @@ HRESULT MessageParameter::CreateBoundary(LONG n, BSTR* pVal) {
   });
 }
 
-HRESULT MessageParameter::get_ContentType(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnNarrow(content_.ContentType(), pVal); });
+HRESULT MessageParameter::GetContentType(BSTR* pVal) { return ReturnNarrow(content_.ContentType(), pVal); }
+
+HRESULT MessageParameter::PutContentType(BSTR newVal) {
+  ContentTypePut(BstrToAnsi(newVal));
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_ContentType(BSTR newVal) {
-  return Guard([&] {
-    ContentTypePut(BstrToAnsi(newVal));
-    return S_OK;
-  });
-}
-
-HRESULT MessageParameter::get_MimeType(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MessageParameter::GetMimeType(LONG* pVal) {
   *pVal = content_.typeCode;
   return S_OK;
 }
 
-HRESULT MessageParameter::put_MimeType(LONG newVal) {
-  return Guard([&] {
-    content_.SetTypeCode(newVal);
-    return S_OK;
-  });
+HRESULT MessageParameter::PutMimeType(LONG newVal) {
+  content_.SetTypeCode(newVal);
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_MimeTypeName(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnNarrow(content_.typeName, pVal); });
+HRESULT MessageParameter::GetMimeTypeName(BSTR* pVal) { return ReturnNarrow(content_.typeName, pVal); }
+
+HRESULT MessageParameter::PutMimeTypeName(BSTR newVal) {
+  content_.SetTypeName(BstrToAnsi(newVal));
+  return S_OK;
 }
 
-HRESULT MessageParameter::put_MimeTypeName(BSTR newVal) {
-  return Guard([&] {
-    content_.SetTypeName(BstrToAnsi(newVal));
-    return S_OK;
-  });
-}
-
-HRESULT MessageParameter::get_MimeSubType(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MessageParameter::GetMimeSubType(LONG* pVal) {
   *pVal = content_.subtypeCode;
   return S_OK;
 }
 
-HRESULT MessageParameter::put_MimeSubType(LONG newVal) {
-  return Guard([&] {
-    content_.SetSubtypeCode(newVal);
-    return S_OK;
-  });
+HRESULT MessageParameter::PutMimeSubType(LONG newVal) {
+  content_.SetSubtypeCode(newVal);
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_MimeSubTypeName(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnNarrow(content_.subtypeName, pVal); });
-}
+HRESULT MessageParameter::GetMimeSubTypeName(BSTR* pVal) { return ReturnNarrow(content_.subtypeName, pVal); }
 
-HRESULT MessageParameter::put_MimeSubTypeName(BSTR newVal) {
-  return Guard([&] {
-    content_.SetSubtypeName(BstrToAnsi(newVal));
-    return S_OK;
-  });
+HRESULT MessageParameter::PutMimeSubTypeName(BSTR newVal) {
+  content_.SetSubtypeName(BstrToAnsi(newVal));
+  return S_OK;
 }
 
 HRESULT MessageParameter::FindNamedAttribute(const char* name, ComPtr<IEMSMimeAttribute>* out) {
@@ -681,59 +598,42 @@ HRESULT MessageParameter::SetNamedAttribute(const char* name, BSTR value, bool d
   return hr;
 }
 
-HRESULT MessageParameter::get_Boundary(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSMimeAttribute> attribute;
-    if (FindNamedAttribute("boundary", &attribute) != S_OK) return E_FAIL;
-    return attribute->get_RawValue(pVal);
-  });
+HRESULT MessageParameter::GetBoundary(BSTR* pVal) {
+  ComPtr<IEMSMimeAttribute> attribute;
+  if (FindNamedAttribute("boundary", &attribute) != S_OK) return E_FAIL;
+  return attribute->get_RawValue(pVal);
 }
 
-HRESULT MessageParameter::put_Boundary(BSTR newVal) {
-  return Guard([&] { return SetNamedAttribute("boundary", newVal, false); });
-}
+HRESULT MessageParameter::PutBoundary(BSTR newVal) { return SetNamedAttribute("boundary", newVal, false); }
 
 // ---------------------------------------------------------------- disposition
-HRESULT MessageParameter::ParseDisposition(BSTR bszVal) {
+HRESULT MessageParameter::DoParseDisposition(BSTR bszVal) {
   content_.dispositionType.clear();
   if (bszVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    content_.ParseDispositionText(BstrToAnsi(bszVal));
-    return S_OK;
-  });
+  content_.ParseDispositionText(BstrToAnsi(bszVal));
+  return S_OK;
 }
 
-HRESULT MessageParameter::AssembleDisposition(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard(
-      [&] { return ReturnBstr(AnsiToWide(content_.dispositionType) + AssembledAttributes(), pVal); });
+HRESULT MessageParameter::DoAssembleDisposition(BSTR* pVal) {
+  return ReturnBstr(AnsiToWide(content_.dispositionType) + AssembledAttributes(), pVal);
 }
 
-HRESULT MessageParameter::get_DispositionType(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnNarrow(content_.dispositionType, pVal); });
+HRESULT MessageParameter::GetDispositionType(BSTR* pVal) {
+  return ReturnNarrow(content_.dispositionType, pVal);
 }
 
-HRESULT MessageParameter::put_DispositionType(BSTR newVal) {
-  return Guard([&] {
-    content_.dispositionType = BstrToAnsi(newVal);
-    return S_OK;
-  });
+HRESULT MessageParameter::PutDispositionType(BSTR newVal) {
+  content_.dispositionType = BstrToAnsi(newVal);
+  return S_OK;
 }
 
-HRESULT MessageParameter::get_FileName(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSMimeAttribute> attribute;
-    if (FindNamedAttribute("filename", &attribute) != S_OK) return S_OK;  // nothing written
-    return attribute->get_DecodedValue(pVal);
-  });
+HRESULT MessageParameter::GetFileName(BSTR* pVal) {
+  ComPtr<IEMSMimeAttribute> attribute;
+  if (FindNamedAttribute("filename", &attribute) != S_OK) return S_OK;  // nothing written
+  return attribute->get_DecodedValue(pVal);
 }
 
-HRESULT MessageParameter::put_FileName(BSTR newVal) {
-  return Guard([&] { return SetNamedAttribute("filename", newVal, true); });
-}
+HRESULT MessageParameter::PutFileName(BSTR newVal) { return SetNamedAttribute("filename", newVal, true); }
 
 // ---------------------------------------------------------------- the library's own entry points
 HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {

@@ -41,12 +41,64 @@ class MessageParameter final
  public:
   explicit MessageParameter(IUnknown* outer);
 
-  PV_MEMBERS_IEMSMessageParameter(PV_OVERRIDE_MEMBER) PV_MEMBERS_IEMSContentType(PV_OVERRIDE_MEMBER)
-      PV_MEMBERS_IEMSContentDisposition(PV_OVERRIDE_MEMBER)
+  // IEMSMessageParameter in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseHeader(BSTR bszVal);
+  HRESULT DoAddChainHeader(IEMSMessageParameter* pVal);
+  HRESULT DoAssembleHeader(BSTR* pVal);
+  HRESULT DoFindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal);
+  HRESULT DoCreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal);
+  HRESULT DoRemoveAttribute(BSTR bszName);
+  HRESULT DoClone(IEMSMessageParameter** ppVal);
+  HRESULT GetName(BSTR* pVal);
+  HRESULT PutName(BSTR newVal);
+  HRESULT GetRawData(BSTR* pVal);
+  HRESULT PutRawData(BSTR newVal);
+  HRESULT GetUnfoldedData(BSTR* pVal);
+  HRESULT PutUnfoldedData(BSTR newVal);
+  HRESULT GetDecodedData(BSTR* pVal);
+  HRESULT PutDecodedData(BSTR newVal);
+  HRESULT GetAttributes(IEMSMimeAttributes** ppVal);
+  HRESULT PutAttributes(IEMSMimeAttributes* pVal);
+  HRESULT GetHeaderMailbox(IEMSHeaderMailbox** ppVal);
+  HRESULT PutHeaderMailbox(IEMSHeaderMailbox* pVal);
+  HRESULT GetHeaderMailboxes(IEMSHeaderMailboxes** ppVal);
+  HRESULT PutHeaderMailboxes(IEMSHeaderMailboxes* pVal);
+  HRESULT GetHeaderCharset(IEMSHeaderCharset** ppVal);
+  HRESULT PutDefaultCodePage(LONG newVal);
+  HRESULT GetDefaultCodePage(LONG* pVal);
+  HRESULT PutDefaultEncoding(LONG newVal);
+  HRESULT GetDefaultEncoding(LONG* pVal);
+  // IEMSContentType in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseContentType(BSTR bszVal);
+  HRESULT DoAssembleContentType(BSTR* pVal);
+  HRESULT GetContentType(BSTR* pVal);
+  HRESULT PutContentType(BSTR newVal);
+  HRESULT GetMimeType(LONG* pVal);
+  HRESULT PutMimeType(LONG newVal);
+  HRESULT GetMimeTypeName(BSTR* pVal);
+  HRESULT PutMimeTypeName(BSTR newVal);
+  HRESULT GetMimeSubType(LONG* pVal);
+  HRESULT PutMimeSubType(LONG newVal);
+  HRESULT GetMimeSubTypeName(BSTR* pVal);
+  HRESULT PutMimeSubTypeName(BSTR newVal);
+  HRESULT GetBoundary(BSTR* pVal);
+  HRESULT PutBoundary(BSTR newVal);
+  // Hand-written: a missing result place is allowed (S_OK): the boundary is still set.
+  HRESULT STDMETHODCALLTYPE CreateBoundary(LONG n, BSTR* pVal) override;
+  // IEMSContentDisposition in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseDisposition(BSTR bszVal);
+  HRESULT DoAssembleDisposition(BSTR* pVal);
+  HRESULT GetDispositionType(BSTR* pVal);
+  HRESULT PutDispositionType(BSTR newVal);
+  HRESULT GetFileName(BSTR* pVal);
+  HRESULT PutFileName(BSTR newVal);
 
-      // ---------------------------------------------------------------- the library's own entry points
-      // ParseHeader on narrow text: S_OK, or E_FAIL without a usable colon.
-      HRESULT ParseHeaderNarrow(std::string_view ansiText);
+  // ---------------------------------------------------------------- the library's own entry points
+  // ParseHeader on narrow text: S_OK, or E_FAIL without a usable colon.
+  HRESULT ParseHeaderNarrow(std::string_view ansiText);
   // AssembleHeader as narrow text (without the final conversion to wide).
   HRESULT AssembleHeaderNarrow(std::string* out);
   // RawData as narrow text: the values joined by "\r\n\r\n", then, for a

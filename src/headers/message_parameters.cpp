@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/headers/message_parameters.h"
 
 #include <limits>
@@ -112,21 +111,19 @@ HRESULT MessageParameters::ParseBlockSplitting(std::string_view ansiBlock, std::
   });
 }
 
-HRESULT MessageParameters::ParseParameters(BSTR bszVal) {
+HRESULT MessageParameters::DoParseParameters(BSTR bszVal) {
   if (bszVal == nullptr) return E_POINTER;
-  return Guard([&] { return ParseBlock(BstrToAnsi(bszVal)); });
+  return ParseBlock(BstrToAnsi(bszVal));
 }
 
 // Reads the data object's span in place: its buffer is not copied and its
 // Position and Length are left as they are.
-HRESULT MessageParameters::ParseParametersObject(IEMSDataObject* pVal) {
+HRESULT MessageParameters::DoParseParametersObject(IEMSDataObject* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    DataBytes bytes;
-    if (FAILED(ReadDataBytes(pVal, &bytes))) return E_FAIL;
-    if (bytes.data() == nullptr) return E_INVALIDARG;
-    return ParseBlock(bytes.Span());
-  });
+  DataBytes bytes;
+  if (FAILED(ReadDataBytes(pVal, &bytes))) return E_FAIL;
+  if (bytes.data() == nullptr) return E_INVALIDARG;
+  return ParseBlock(bytes.Span());
 }
 
 // ---------------------------------------------------------------- assembly
@@ -145,157 +142,130 @@ HRESULT MessageParameters::AssembleBlock(std::string* out) {
   });
 }
 
-HRESULT MessageParameters::AssembleParameters(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = AssembleBlock(&text);
-    if (FAILED(hr)) return hr;
-    if (text.empty()) return S_OK;  // the result place is left as it was
-    return ReturnBstr(AnsiToWide(text), pVal);
-  });
+HRESULT MessageParameters::DoAssembleParameters(BSTR* pVal) {
+  std::string text;
+  HRESULT hr = AssembleBlock(&text);
+  if (FAILED(hr)) return hr;
+  if (text.empty()) return S_OK;  // the result place is left as it was
+  return ReturnBstr(AnsiToWide(text), pVal);
 }
 
-HRESULT MessageParameters::AssembleParametersObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = AssembleBlock(&text);
-    if (FAILED(hr)) return hr;
-    if (text.empty()) return E_FAIL;
-    ComPtr<IEMSDataObject> data;
-    if (FAILED(MakeDataObject(std::move(text), &data))) return E_FAIL;
-    *ppVal = data.detach();
-    return S_OK;
-  });
+HRESULT MessageParameters::DoAssembleParametersObject(IEMSDataObject** ppVal) {
+  std::string text;
+  HRESULT hr = AssembleBlock(&text);
+  if (FAILED(hr)) return hr;
+  if (text.empty()) return E_FAIL;
+  ComPtr<IEMSDataObject> data;
+  if (FAILED(MakeDataObject(std::move(text), &data))) return E_FAIL;
+  *ppVal = data.detach();
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- editing
-HRESULT MessageParameters::AppendParameters(IEMSMessageParameters* pVal) {
+HRESULT MessageParameters::DoAppendParameters(IEMSMessageParameters* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    LONG count = 0;
-    pVal->get_ParamCount(&count);
-    for (LONG i = 0; i < count; ++i) {
-      ComPtr<IEMSMessageParameter> field;
-      pVal->get_Parameter(i, field.put());
-      if (field) ReplaceParameter(field.get());
-    }
-    return S_OK;
-  });
+  LONG count = 0;
+  pVal->get_ParamCount(&count);
+  for (LONG i = 0; i < count; ++i) {
+    ComPtr<IEMSMessageParameter> field;
+    pVal->get_Parameter(i, field.put());
+    if (field) ReplaceParameter(field.get());
+  }
+  return S_OK;
 }
 
-HRESULT MessageParameters::Clone(IEMSMessageParameters** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<MessageParameters> clone;
-    HRESULT hr = MakeObject(&clone);
-    if (FAILED(hr)) return hr;
-    clone->SetDefaults(defaultCodePage_, defaultEncoding_);
-    for (const FieldRef& field : fields_) {
-      if (!field) continue;
-      ComPtr<IEMSMessageParameter> copy;
-      if (SUCCEEDED(field.get()->Clone(copy.put())) && copy) clone->AddParameter(copy.get());
-    }
-    *ppVal = clone.detach();
-    return S_OK;
-  });
+HRESULT MessageParameters::DoClone(IEMSMessageParameters** ppVal) {
+  ComPtr<MessageParameters> clone;
+  HRESULT hr = MakeObject(&clone);
+  if (FAILED(hr)) return hr;
+  clone->SetDefaults(defaultCodePage_, defaultEncoding_);
+  for (const FieldRef& field : fields_) {
+    if (!field) continue;
+    ComPtr<IEMSMessageParameter> copy;
+    if (SUCCEEDED(field.get()->Clone(copy.put())) && copy) clone->AddParameter(copy.get());
+  }
+  *ppVal = clone.detach();
+  return S_OK;
 }
 
-HRESULT MessageParameters::CreateParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    size_t at = IndexedPosition(NameKey(bszName));
-    if (at != kNotIndexed && fields_[at]) {
-      fields_[at].object().CopyTo(ppVal);
-      return S_FALSE;
-    }
-    ComPtr<MessageParameter> field;
-    HRESULT hr = MakeObject(&field);
-    if (FAILED(hr)) return hr;
-    field->SetDefaults(defaultCodePage_, defaultEncoding_);
-    field->put_Name(bszName);
-    FieldRef entry;
-    entry.ResetOwn(ComPtr<IEMSMessageParameter>(field.get()), field.get());
-    hr = AddNamed(std::move(entry), HeaderNameKey(field->name()));
-    if (FAILED(hr)) return hr;
-    *ppVal = field.detach();
-    return S_OK;
-  });
+HRESULT MessageParameters::DoCreateParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
+  size_t at = IndexedPosition(NameKey(bszName));
+  if (at != kNotIndexed && fields_[at]) {
+    fields_[at].object().CopyTo(ppVal);
+    return S_FALSE;
+  }
+  ComPtr<MessageParameter> field;
+  HRESULT hr = MakeObject(&field);
+  if (FAILED(hr)) return hr;
+  field->SetDefaults(defaultCodePage_, defaultEncoding_);
+  field->put_Name(bszName);
+  FieldRef entry;
+  entry.ResetOwn(ComPtr<IEMSMessageParameter>(field.get()), field.get());
+  hr = AddNamed(std::move(entry), HeaderNameKey(field->name()));
+  if (FAILED(hr)) return hr;
+  *ppVal = field.detach();
+  return S_OK;
 }
 
-HRESULT MessageParameters::AddParameter(IEMSMessageParameter* pVal) {
+HRESULT MessageParameters::DoAddParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FieldRef field(pVal);
-    std::string key;
-    if (!field->NameKey(&key)) return E_FAIL;
-    return AddNamed(std::move(field), std::move(key));
-  });
+  FieldRef field(pVal);
+  std::string key;
+  if (!field->NameKey(&key)) return E_FAIL;
+  return AddNamed(std::move(field), std::move(key));
 }
 
-HRESULT MessageParameters::ReplaceParameter(IEMSMessageParameter* pVal) {
+HRESULT MessageParameters::DoReplaceParameter(IEMSMessageParameter* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FieldRef field(pVal);
-    std::string key;
-    if (!field->NameKey(&key)) return E_FAIL;
-    size_t at = IndexedPosition(key);
-    if (at == kNotIndexed) {
-      Append(std::move(field), std::move(key));
-    } else if (fields_[at].get() != pVal) {
-      fields_[at] = std::move(field);
-    }
-    return S_OK;
-  });
+  FieldRef field(pVal);
+  std::string key;
+  if (!field->NameKey(&key)) return E_FAIL;
+  size_t at = IndexedPosition(key);
+  if (at == kNotIndexed) {
+    Append(std::move(field), std::move(key));
+  } else if (fields_[at].get() != pVal) {
+    fields_[at] = std::move(field);
+  }
+  return S_OK;
 }
 
-HRESULT MessageParameters::FindParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    size_t at = IndexedPosition(NameKey(bszName));
-    if (at != kNotIndexed && fields_[at]) fields_[at].object().CopyTo(ppVal);
-    return S_OK;  // nothing is written when the name is absent
-  });
+HRESULT MessageParameters::DoFindParameter(BSTR bszName, IEMSMessageParameter** ppVal) {
+  size_t at = IndexedPosition(NameKey(bszName));
+  if (at != kNotIndexed && fields_[at]) fields_[at].object().CopyTo(ppVal);
+  return S_OK;  // nothing is written when the name is absent
 }
 
-HRESULT MessageParameters::RemoveAll() {
+HRESULT MessageParameters::DoRemoveAll() {
   Clear();
   return S_OK;
 }
 
-HRESULT MessageParameters::RemoveByName(BSTR bszName) {
-  return Guard([&] {
-    size_t at = IndexedPosition(NameKey(bszName));
-    if (at == kNotIndexed) return S_OK;
-    FieldRef removed = std::move(fields_[at]);
-    fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(at));
-    RebuildIndex();
-    return S_OK;
-  });
+HRESULT MessageParameters::DoRemoveByName(BSTR bszName) {
+  size_t at = IndexedPosition(NameKey(bszName));
+  if (at == kNotIndexed) return S_OK;
+  FieldRef removed = std::move(fields_[at]);
+  fields_.erase(fields_.begin() + static_cast<std::ptrdiff_t>(at));
+  RebuildIndex();
+  return S_OK;
 }
 
 // The name index is left as it is, so it may afterwards point at a field
 // of another name.
-HRESULT MessageParameters::put_Parameter(LONG nIdx, IEMSMessageParameter* pVal) {
+HRESULT MessageParameters::PutParameter(LONG nIdx, IEMSMessageParameter* pVal) {
   if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;
-  return Guard([&] {
-    FieldRef entry(pVal);
-    FieldRef released = std::move(fields_[static_cast<size_t>(nIdx)]);
-    fields_[static_cast<size_t>(nIdx)] = std::move(entry);
-    return S_OK;
-  });
+  FieldRef entry(pVal);
+  FieldRef released = std::move(fields_[static_cast<size_t>(nIdx)]);
+  fields_[static_cast<size_t>(nIdx)] = std::move(entry);
+  return S_OK;
 }
 
-HRESULT MessageParameters::get_Parameter(LONG nIdx, IEMSMessageParameter** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MessageParameters::GetParameter(LONG nIdx, IEMSMessageParameter** ppVal) {
   if (nIdx < 0 || static_cast<size_t>(nIdx) >= fields_.size()) return S_OK;  // nothing written
   fields_[static_cast<size_t>(nIdx)].object().CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MessageParameters::get_ParamCount(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MessageParameters::GetParamCount(LONG* pVal) {
   *pVal = Count();
   return S_OK;
 }
@@ -331,10 +301,4 @@ LONG MessageParameters::Count() {
   constexpr LONG kMost = std::numeric_limits<LONG>::max();
   return fields_.size() > static_cast<size_t>(kMost) ? kMost : static_cast<LONG>(fields_.size());
 }
-
-// ---------------------------------------------------------------- the library's own entry points
-
-PV_STORED_PROPERTY(MessageParameters, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MessageParameters, DefaultEncoding, defaultEncoding_)
-
 }  // namespace pv

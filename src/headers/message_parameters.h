@@ -18,6 +18,7 @@
 #include "src/headers/name_index.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -26,13 +27,32 @@ class MessageParameters final : public ComObject<MessageParameters, IEMSMessageP
  public:
   explicit MessageParameters(IUnknown* outer);
 
-  PV_MEMBERS_IEMSMessageParameters(PV_OVERRIDE_MEMBER)
+  // IEMSMessageParameters in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseParameters(BSTR bszVal);
+  HRESULT DoParseParametersObject(IEMSDataObject* pVal);
+  HRESULT DoAssembleParameters(BSTR* pVal);
+  HRESULT DoAssembleParametersObject(IEMSDataObject** ppVal);
+  HRESULT DoAppendParameters(IEMSMessageParameters* pVal);
+  HRESULT DoClone(IEMSMessageParameters** ppVal);
+  HRESULT DoCreateParameter(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoAddParameter(IEMSMessageParameter* pVal);
+  HRESULT DoReplaceParameter(IEMSMessageParameter* pVal);
+  HRESULT DoFindParameter(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoRemoveAll();
+  HRESULT DoRemoveByName(BSTR bszName);
+  HRESULT PutParameter(LONG nIdx, IEMSMessageParameter* pVal);
+  HRESULT GetParameter(LONG nIdx, IEMSMessageParameter** ppVal);
+  HRESULT GetParamCount(LONG* pVal);
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
 
-      // ---------------------------------------------------------------- the library's own entry points
-      // The header-block parse of ParseParameters / ParseParametersObject over
-      // narrow bytes in the ANSI code page (the whole span is read: hand over
-      // exactly the header block). Replaces the whole content.
-      HRESULT ParseBlock(std::string_view ansiBlock);
+  // ---------------------------------------------------------------- the library's own entry points
+  // The header-block parse of ParseParameters / ParseParametersObject over
+  // narrow bytes in the ANSI code page (the whole span is read: hand over
+  // exactly the header block). Replaces the whole content.
+  HRESULT ParseBlock(std::string_view ansiBlock);
   // AssembleParameters as narrow text (empty for a list that writes nothing).
   HRESULT AssembleBlock(std::string* out);
 

@@ -312,95 +312,62 @@ bool MimeAttribute::ReadsBack() {
 }
 
 // ---------------------------------------------------------------- interface
-HRESULT MimeAttribute::ParseAttribute(BSTR bszVal) {
-  return Guard([&] { return Parse(BstrToAnsi(bszVal)); });
+HRESULT MimeAttribute::DoParseAttribute(BSTR bszVal) { return Parse(BstrToAnsi(bszVal)); }
+
+HRESULT MimeAttribute::DoAssembleAttribute(BSTR* pVal) {
+  std::string text;
+  HRESULT hr = AppendAssembled(&text);
+  if (FAILED(hr)) return hr;
+  return ReturnBstr(AnsiToWide(text), pVal);
 }
 
-HRESULT MimeAttribute::AssembleAttribute(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = AppendAssembled(&text);
-    if (FAILED(hr)) return hr;
-    return ReturnBstr(AnsiToWide(text), pVal);
-  });
+HRESULT MimeAttribute::DoClone(IEMSMimeAttribute** ppVal) {
+  ComPtr<MimeAttribute> clone;
+  HRESULT hr = MakeObject(&clone);
+  if (FAILED(hr)) return hr;
+  clone->SetName(name_);
+  hr = clone->SetRawValue(rawValue_);
+  if (FAILED(hr)) return hr;
+  *ppVal = clone.detach();
+  return S_OK;
 }
 
-HRESULT MimeAttribute::Clone(IEMSMimeAttribute** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<MimeAttribute> clone;
-    HRESULT hr = MakeObject(&clone);
-    if (FAILED(hr)) return hr;
-    clone->SetName(name_);
-    hr = clone->SetRawValue(rawValue_);
-    if (FAILED(hr)) return hr;
-    *ppVal = clone.detach();
-    return S_OK;
-  });
+HRESULT MimeAttribute::GetName(BSTR* pVal) { return ReturnBstr(AnsiToWide(name_), pVal); }
+
+HRESULT MimeAttribute::PutName(BSTR newVal) {
+  name_ = BstrToAnsi(newVal);
+  return S_OK;
 }
 
-HRESULT MimeAttribute::get_Name(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(AnsiToWide(name_), pVal); });
+HRESULT MimeAttribute::GetRawValue(BSTR* pVal) { return ReturnBstr(AnsiToWide(rawValue_), pVal); }
+
+HRESULT MimeAttribute::PutRawValue(BSTR newVal) { return SetRawValue(BstrToAnsi(newVal)); }
+
+HRESULT MimeAttribute::GetDecodedValue(BSTR* pVal) {
+  FlushDecode();
+  return ReturnBstr(decodedValue_, pVal);
 }
 
-HRESULT MimeAttribute::put_Name(BSTR newVal) {
-  return Guard([&] {
-    name_ = BstrToAnsi(newVal);
-    return S_OK;
-  });
+HRESULT MimeAttribute::PutDecodedValue(BSTR newVal) { return SetDecodedValue(View(newVal)); }
+
+HRESULT MimeAttribute::PutCodePage(LONG newVal) {
+  SetCodePage(newVal);
+  return S_OK;
 }
 
-HRESULT MimeAttribute::get_RawValue(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return ReturnBstr(AnsiToWide(rawValue_), pVal); });
+HRESULT MimeAttribute::GetCodePage(LONG* pVal) {
+  *pVal = codePage();
+  return S_OK;
 }
 
-HRESULT MimeAttribute::put_RawValue(BSTR newVal) {
-  return Guard([&] { return SetRawValue(BstrToAnsi(newVal)); });
+HRESULT MimeAttribute::PutEncoding(LONG newVal) {
+  SetEncoding(newVal);
+  return S_OK;
 }
 
-HRESULT MimeAttribute::get_DecodedValue(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    FlushDecode();
-    return ReturnBstr(decodedValue_, pVal);
-  });
-}
-
-HRESULT MimeAttribute::put_DecodedValue(BSTR newVal) {
-  return Guard([&] { return SetDecodedValue(View(newVal)); });
-}
-
-HRESULT MimeAttribute::put_CodePage(LONG newVal) {
-  return Guard([&] {
-    SetCodePage(newVal);
-    return S_OK;
-  });
-}
-
-HRESULT MimeAttribute::get_CodePage(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    *pVal = codePage();
-    return S_OK;
-  });
-}
-
-HRESULT MimeAttribute::put_Encoding(LONG newVal) {
-  return Guard([&] {
-    SetEncoding(newVal);
-    return S_OK;
-  });
-}
-
-HRESULT MimeAttribute::get_Encoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    *pVal = encoding();
-    return S_OK;
-  });
+HRESULT MimeAttribute::GetEncoding(LONG* pVal) {
+  *pVal = encoding();
+  return S_OK;
 }
 
 }  // namespace pv

@@ -41,11 +41,25 @@ class MimeAttribute final : public ComObject<MimeAttribute, IEMSMimeAttribute> {
  public:
   explicit MimeAttribute(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSMimeAttribute(PV_OVERRIDE_MEMBER)
+  // IEMSMimeAttribute in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseAttribute(BSTR bszVal);
+  HRESULT DoAssembleAttribute(BSTR* pVal);
+  HRESULT DoClone(IEMSMimeAttribute** ppVal);
+  HRESULT GetName(BSTR* pVal);
+  HRESULT PutName(BSTR newVal);
+  HRESULT GetRawValue(BSTR* pVal);
+  HRESULT PutRawValue(BSTR newVal);
+  HRESULT GetDecodedValue(BSTR* pVal);
+  HRESULT PutDecodedValue(BSTR newVal);
+  HRESULT PutCodePage(LONG newVal);
+  HRESULT GetCodePage(LONG* pVal);
+  HRESULT PutEncoding(LONG newVal);
+  HRESULT GetEncoding(LONG* pVal);
 
-      // ParseAttribute on narrow text: S_OK, E_FAIL when there is no "=", or
-      // E_OUTOFMEMORY.
-      HRESULT Parse(std::string_view ansiText);
+  // ParseAttribute on narrow text: S_OK, E_FAIL when there is no "=", or
+  // E_OUTOFMEMORY.
+  HRESULT Parse(std::string_view ansiText);
   // ParseAttribute from text already cut by SplitAttributeText.
   HRESULT ParseSplit(const AttributeText& parts);
   // AssembleAttribute: re-encodes the decoded value, then appends

@@ -212,114 +212,98 @@ void MimeAttributes::Remove(std::string_view ansiName) {
 }
 
 // ---------------------------------------------------------------- interface
-HRESULT MimeAttributes::ParseAttributes(BSTR bszVal) {
+HRESULT MimeAttributes::DoParseAttributes(BSTR bszVal) {
   if (bszVal == nullptr) return E_POINTER;
-  return Guard([&] { return Parse(BstrToAnsi(bszVal)); });
+  return Parse(BstrToAnsi(bszVal));
 }
 
-HRESULT MimeAttributes::AssembleAttributes(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    HRESULT hr = AppendAssembled(&text);
-    if (FAILED(hr)) return hr;
-    if (text.empty()) return S_OK;  // the caller's string stays as it was
-    return ReturnBstr(AnsiToWide(text), pVal);
-  });
+HRESULT MimeAttributes::DoAssembleAttributes(BSTR* pVal) {
+  std::string text;
+  HRESULT hr = AppendAssembled(&text);
+  if (FAILED(hr)) return hr;
+  if (text.empty()) return S_OK;  // the caller's string stays as it was
+  return ReturnBstr(AnsiToWide(text), pVal);
 }
 
-HRESULT MimeAttributes::AppendAttributes(IEMSMimeAttributes* pVal) {
+HRESULT MimeAttributes::DoAppendAttributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    // Only names this list already has are taken over, as shared objects.
-    AttributeListRef list(pVal);
-    if (MimeAttributes* other = list->OwnList()) {
-      for (const auto& [key, entry] : other->entries_) Replace(entry.object.get());
-      return S_OK;
-    }
-    LONG count = 0;
-    if (FAILED(pVal->get_AttributesCount(&count))) return S_OK;
-    for (LONG i = 0; i < count; ++i) {
-      ComPtr<IEMSMimeAttribute> attribute;
-      if (SUCCEEDED(pVal->get_Attribute(i, attribute.put())) && attribute) Replace(attribute.get());
-    }
+  // Only names this list already has are taken over, as shared objects.
+  AttributeListRef list(pVal);
+  if (MimeAttributes* other = list->OwnList()) {
+    for (const auto& [key, entry] : other->entries_) Replace(entry.object.get());
     return S_OK;
-  });
-}
-
-HRESULT MimeAttributes::CreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
+  }
+  LONG count = 0;
+  if (FAILED(pVal->get_AttributesCount(&count))) return S_OK;
+  for (LONG i = 0; i < count; ++i) {
     ComPtr<IEMSMimeAttribute> attribute;
-    HRESULT hr = Create(BstrToAnsi(bszName), &attribute);
-    if (FAILED(hr)) return hr;
-    *ppVal = attribute.detach();
-    return hr;
-  });
+    if (SUCCEEDED(pVal->get_Attribute(i, attribute.put())) && attribute) Replace(attribute.get());
+  }
+  return S_OK;
 }
 
-HRESULT MimeAttributes::AddAttribute(IEMSMimeAttribute* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return Add(pVal); });
-}
-
-HRESULT MimeAttributes::ReplaceAttribute(IEMSMimeAttribute* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return Replace(pVal); });
-}
-
-HRESULT MimeAttributes::FindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSMimeAttribute> found = Find(BstrToAnsi(bszName));
-    if (!found) return S_FALSE;  // the caller's pointer stays as it was
-    *ppVal = found.detach();
-    return S_OK;
-  });
-}
-
-HRESULT MimeAttributes::RemoveAttribute(BSTR bszName) {
+HRESULT MimeAttributes::DoCreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
   if (bszName == nullptr) return E_POINTER;
-  return Guard([&] {
-    Remove(BstrToAnsi(bszName));
-    return S_OK;
-  });
+  ComPtr<IEMSMimeAttribute> attribute;
+  HRESULT hr = Create(BstrToAnsi(bszName), &attribute);
+  if (FAILED(hr)) return hr;
+  *ppVal = attribute.detach();
+  return hr;
 }
 
-HRESULT MimeAttributes::RemoveAll() {
+HRESULT MimeAttributes::DoAddAttribute(IEMSMimeAttribute* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Add(pVal);
+}
+
+HRESULT MimeAttributes::DoReplaceAttribute(IEMSMimeAttribute* pVal) {
+  if (pVal == nullptr) return E_POINTER;
+  return Replace(pVal);
+}
+
+HRESULT MimeAttributes::DoFindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
+  ComPtr<IEMSMimeAttribute> found = Find(BstrToAnsi(bszName));
+  if (!found) return S_FALSE;  // the caller's pointer stays as it was
+  *ppVal = found.detach();
+  return S_OK;
+}
+
+HRESULT MimeAttributes::DoRemoveAttribute(BSTR bszName) {
+  if (bszName == nullptr) return E_POINTER;
+  Remove(BstrToAnsi(bszName));
+  return S_OK;
+}
+
+HRESULT MimeAttributes::DoRemoveAll() {
   Clear();
   return S_OK;
 }
 
-HRESULT MimeAttributes::Clone(IEMSMimeAttributes** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<MimeAttributes> clone;
-    HRESULT hr = MakeObject(&clone);
+HRESULT MimeAttributes::DoClone(IEMSMimeAttributes** ppVal) {
+  ComPtr<MimeAttributes> clone;
+  HRESULT hr = MakeObject(&clone);
+  if (FAILED(hr)) return hr;
+  for (const auto& [key, entry] : entries_) {
+    ComPtr<IEMSMimeAttribute> copy;
+    hr = entry.object->Clone(copy.put());
     if (FAILED(hr)) return hr;
-    for (const auto& [key, entry] : entries_) {
-      ComPtr<IEMSMimeAttribute> copy;
-      hr = entry.object->Clone(copy.put());
-      if (FAILED(hr)) return hr;
-      if (!copy) continue;
-      hr = clone->Add(copy.get());
-      if (hr == E_OUTOFMEMORY) return hr;
-    }
-    *ppVal = clone.detach();
-    return S_OK;
-  });
+    if (!copy) continue;
+    hr = clone->Add(copy.get());
+    if (hr == E_OUTOFMEMORY) return hr;
+  }
+  *ppVal = clone.detach();
+  return S_OK;
 }
 
-HRESULT MimeAttributes::get_Attribute(LONG nIdx, IEMSMimeAttribute** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MimeAttributes::GetAttribute(LONG nIdx, IEMSMimeAttribute** ppVal) {
   // Negative indexes are out of range too: the caller's pointer stays.
   if (nIdx < 0 || static_cast<size_t>(nIdx) >= entries_.size()) return S_OK;
   EntryAt(static_cast<size_t>(nIdx))->second.object.CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MimeAttributes::get_AttributesCount(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MimeAttributes::GetAttributesCount(LONG* pVal) {
   *pVal = static_cast<LONG>(entries_.size());
   return S_OK;
 }

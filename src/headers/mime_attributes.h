@@ -33,12 +33,25 @@ class MimeAttributes final : public ComObject<MimeAttributes, IEMSMimeAttributes
  public:
   explicit MimeAttributes(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSMimeAttributes(PV_OVERRIDE_MEMBER)
+  // IEMSMimeAttributes in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParseAttributes(BSTR bszVal);
+  HRESULT DoAssembleAttributes(BSTR* pVal);
+  HRESULT DoAppendAttributes(IEMSMimeAttributes* pVal);
+  HRESULT DoCreateAttribute(BSTR bszName, IEMSMimeAttribute** ppVal);
+  HRESULT DoAddAttribute(IEMSMimeAttribute* pVal);
+  HRESULT DoReplaceAttribute(IEMSMimeAttribute* pVal);
+  HRESULT DoFindAttribute(BSTR bszName, IEMSMimeAttribute** ppVal);
+  HRESULT DoRemoveAttribute(BSTR bszName);
+  HRESULT DoRemoveAll();
+  HRESULT DoClone(IEMSMimeAttributes** ppVal);
+  HRESULT GetAttribute(LONG nIdx, IEMSMimeAttribute** ppVal);
+  HRESULT GetAttributesCount(LONG* pVal);
 
-      // ParseAttributes on narrow text: empties the list and adds one attribute
-      // per ";"-separated parameter, the first of a name winning. S_OK, or the
-      // failure to make an attribute (the entries made so far stay).
-      HRESULT Parse(std::string_view ansiText);
+  // ParseAttributes on narrow text: empties the list and adds one attribute
+  // per ";"-separated parameter, the first of a name winning. S_OK, or the
+  // failure to make an attribute (the entries made so far stay).
+  HRESULT Parse(std::string_view ansiText);
   // AssembleAttributes: appends ";\r\n\t" and name="value" for every entry
   // in key order (entries whose text is empty are left out); nothing when
   // there is nothing to write.

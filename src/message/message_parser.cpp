@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/message/message_parser.h"
 
 #include "src/message/message_parser_util.h"
@@ -30,7 +29,7 @@ HRESULT MessageParser::FinalConstruct() {
 // The default code page and the attachment header encoding keep their
 // values, and the content (header list, plain body, root part) stays: a
 // message that is reset but not parsed again still assembles as before.
-HRESULT MessageParser::InitNew() {
+HRESULT MessageParser::DoInitNew() {
   textCodePage_ = defaultCodePage_;
   htmlCodePage_ = defaultCodePage_;
   defaultEncoding_ = kTransferAutomatic;
@@ -44,28 +43,26 @@ HRESULT MessageParser::InitNew() {
   return S_OK;
 }
 
-HRESULT MessageParser::IsMimeMessage() { return root_ && !plainBody_ ? S_OK : E_FAIL; }
+HRESULT MessageParser::DoIsMimeMessage() { return root_ && !plainBody_ ? S_OK : E_FAIL; }
 
 // ---------------------------------------------------------------- stored message and body
-HRESULT MessageParser::get_Size(ULONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetSize(ULONG* pVal) {
   if (!stored_) return E_FAIL;
   return stored_->get_DataSize(pVal);
 }
 
-HRESULT MessageParser::put_StoredMessageObject(IEMSDataObject* pVal) {
+HRESULT MessageParser::PutStoredMessageObject(IEMSDataObject* pVal) {
   InitNew();
   stored_ = ComPtr<IEMSDataObject>(pVal);
   return S_OK;
 }
 
-HRESULT MessageParser::get_StoredMessageObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetStoredMessageObject(IEMSDataObject** ppVal) {
   stored_.CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MessageParser::put_BodyObject(IEMSDataObject* pVal) {
+HRESULT MessageParser::PutBodyObject(IEMSDataObject* pVal) {
   plainBody_ = nullptr;
   if (pVal == nullptr) return S_OK;
   if (root_) {
@@ -80,8 +77,7 @@ HRESULT MessageParser::put_BodyObject(IEMSDataObject* pVal) {
 
 // Without a plain body the root part's getter builds a multipart body from
 // its children; without either nothing is written.
-HRESULT MessageParser::get_BodyObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetBodyObject(IEMSDataObject** ppVal) {
   if (plainBody_) {
     plainBody_.CopyTo(ppVal);
     return S_OK;
@@ -91,24 +87,21 @@ HRESULT MessageParser::get_BodyObject(IEMSDataObject** ppVal) {
 }
 
 // ---------------------------------------------------------------- header lists
-HRESULT MessageParser::put_Headers(IEMSMessageParameters* pVal) {
+HRESULT MessageParser::PutHeaders(IEMSMessageParameters* pVal) {
   if (pVal == nullptr) {
     headers_.get()->RemoveAll();  // the same list object stays
     return S_OK;
   }
-  return Guard([&] {
-    headers_.Reset(pVal);
-    return S_OK;
-  });
+  headers_.Reset(pVal);
+  return S_OK;
 }
 
-HRESULT MessageParser::get_Headers(IEMSMessageParameters** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetHeaders(IEMSMessageParameters** ppVal) {
   headers_.object().CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MessageParser::put_MimeHeaders(IEMSMessageParameters* pVal) {
+HRESULT MessageParser::PutMimeHeaders(IEMSMessageParameters* pVal) {
   if (!root_) return E_FAIL;
   return root_.get()->put_Headers(pVal);
 }
@@ -121,41 +114,34 @@ HRESULT MessageParser::get_MimeHeaders(IEMSMessageParameters** ppVal) {
 // A MIME message gives a new list (a clone of its own fields followed by
 // the root part's), so changes to it do not reach the message; a plain one
 // gives its header list itself.
-HRESULT MessageParser::get_AllHeaders(IEMSMessageParameters** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetAllHeaders(IEMSMessageParameters** ppVal) {
   if (plainBody_) {
     headers_.object().CopyTo(ppVal);
     return S_OK;
   }
-  return Guard([&] {
-    ComPtr<IEMSMessageParameters> all;
-    HRESULT hr = headers_.get()->Clone(all.put());
-    if (FAILED(hr)) return hr;
-    if (!all) return E_FAIL;
-    if (root_) {
-      ComPtr<IEMSMessageParameters> mime;
-      if (SUCCEEDED(root_.get()->get_Headers(mime.put())) && mime) all->AppendParameters(mime.get());
-    }
-    *ppVal = all.detach();
-    return S_OK;
-  });
+  ComPtr<IEMSMessageParameters> all;
+  HRESULT hr = headers_.get()->Clone(all.put());
+  if (FAILED(hr)) return hr;
+  if (!all) return E_FAIL;
+  if (root_) {
+    ComPtr<IEMSMessageParameters> mime;
+    if (SUCCEEDED(root_.get()->get_Headers(mime.put())) && mime) all->AppendParameters(mime.get());
+  }
+  *ppVal = all.detach();
+  return S_OK;
 }
 
-HRESULT MessageParser::put_AllHeaders(IEMSMessageParameters* pVal) {
-  return Guard([&] {
-    put_Headers(pVal);
-    SplitMimeHeaders();
-    return S_OK;
-  });
+HRESULT MessageParser::PutAllHeaders(IEMSMessageParameters* pVal) {
+  put_Headers(pVal);
+  SplitMimeHeaders();
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- root part
-HRESULT MessageParser::put_MimePart(IEMSMimePart* pVal) {
-  return Guard([&] {
-    root_.Reset(pVal);
-    if (pVal != nullptr) plainBody_ = nullptr;
-    return S_OK;
-  });
+HRESULT MessageParser::PutMimePart(IEMSMimePart* pVal) {
+  root_.Reset(pVal);
+  if (pVal != nullptr) plainBody_ = nullptr;
+  return S_OK;
 }
 
 HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
@@ -168,13 +154,5 @@ HRESULT MessageParser::get_MimePart(IEMSMimePart** ppVal) {
 // ---------------------------------------------------------------- code pages and encodings
 // Plain stores: a new default code page or encoding reaches the header list
 // and the root part only at the next reset, parse or body store.
-PV_STORED_PROPERTY(MessageParser, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MessageParser, DefaultEncoding, defaultEncoding_)
-PV_STORED_PROPERTY(MessageParser, TextCodePage, textCodePage_)
-PV_STORED_PROPERTY(MessageParser, HtmlCodePage, htmlCodePage_)
-PV_STORED_PROPERTY(MessageParser, TextEncoding, textEncoding_)
-PV_STORED_PROPERTY(MessageParser, HtmlEncoding, htmlEncoding_)
-PV_STORED_PROPERTY(MessageParser, AttachEncoding, attachEncoding_)
-PV_STORED_PROPERTY(MessageParser, AttachHeaderEncoding, attachHeaderEncoding_)
 
 }  // namespace pv

@@ -25,6 +25,7 @@
 #include "src/mime/part_access.h"
 #include "src/mime/transfer_codecs.h"
 #include "src/com/com_object.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -34,13 +35,83 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   // Makes the header list, then resets as InitNew does.
   HRESULT FinalConstruct() override;
 
-  PV_MEMBERS_IEMSMessageParser(PV_OVERRIDE_MEMBER)
+  // IEMSMessageParser in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoInitNew();
+  HRESULT DoParse();
+  HRESULT DoParseObject(IEMSDataObject* pObject);
+  HRESULT DoAssembleObject(IEMSDataObject** ppVal);
+  HRESULT DoCreateHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoCreateMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoFindHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoFindMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoAddPart(LONG nPrefSubType, IEMSMimePart* pPart);
+  HRESULT DoRemovePart(IEMSMimePart* pPart);
+  HRESULT DoFindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart);
+  HRESULT DoFindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart);
+  HRESULT DoConvertToMultipart(LONG nSubType);
+  HRESULT DoAddAttach(BSTR bszName, IEMSDataObject* pObject);
+  HRESULT DoIsMimeMessage();
+  HRESULT GetSize(ULONG* pVal);
+  HRESULT PutFullMessage(BSTR newVal);
+  HRESULT GetFullMessage(BSTR* pVal);
+  HRESULT PutSubject(BSTR newVal);
+  HRESULT PutSenderName(BSTR newVal);
+  HRESULT GetSenderName(BSTR* pVal);
+  HRESULT PutSenderEmail(BSTR newVal);
+  HRESULT GetSenderEmail(BSTR* pVal);
+  HRESULT PutRecipientName(BSTR newVal);
+  HRESULT PutRecipientEmail(BSTR newVal);
+  HRESULT PutHeaderString(BSTR bszHeader, BSTR bszValue);
+  HRESULT PutBody(BSTR newVal);
+  HRESULT GetBody(BSTR* pVal);
+  HRESULT PutTextBody(BSTR newVal);
+  HRESULT GetTextBody(BSTR* pVal);
+  HRESULT PutHTMLBody(BSTR newVal);
+  HRESULT GetHTMLBody(BSTR* pVal);
+  HRESULT PutAllHeadersString(BSTR newVal);
+  HRESULT GetAllHeadersString(BSTR* pVal);
+  HRESULT PutStoredMessageObject(IEMSDataObject* pVal);
+  HRESULT GetStoredMessageObject(IEMSDataObject** ppVal);
+  HRESULT PutBodyObject(IEMSDataObject* pVal);
+  HRESULT GetBodyObject(IEMSDataObject** ppVal);
+  HRESULT PutAllHeaders(IEMSMessageParameters* pVal);
+  HRESULT GetAllHeaders(IEMSMessageParameters** ppVal);
+  HRESULT PutHeaders(IEMSMessageParameters* pVal);
+  HRESULT GetHeaders(IEMSMessageParameters** ppVal);
+  HRESULT PutMimeHeaders(IEMSMessageParameters* pVal);
+  HRESULT PutMimePart(IEMSMimePart* pVal);
+  // Hand-written: E_FAIL for a message without parts comes first, and a missing result place is allowed.
+  HRESULT STDMETHODCALLTYPE FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) override;
+  // Hand-written: a missing result place is E_INVALIDARG.
+  HRESULT STDMETHODCALLTYPE get_Subject(BSTR* pVal) override;
+  // Hand-written: a missing result place is E_INVALIDARG.
+  HRESULT STDMETHODCALLTYPE get_RecipientName(BSTR* pVal) override;
+  // Hand-written: a missing result place is E_INVALIDARG.
+  HRESULT STDMETHODCALLTYPE get_RecipientEmail(BSTR* pVal) override;
+  // Hand-written: a missing result place is allowed (S_OK, nothing written).
+  HRESULT STDMETHODCALLTYPE get_HeaderString(BSTR bszHeader, BSTR* pVal) override;
+  // Hand-written: E_FAIL without a root part comes first; the root part's own get answers the rest.
+  HRESULT STDMETHODCALLTYPE get_MimeHeaders(IEMSMessageParameters** ppVal) override;
+  // Hand-written: E_FAIL without a root part comes first, and a missing result place gives S_OK.
+  HRESULT STDMETHODCALLTYPE get_MimePart(IEMSMimePart** ppVal) override;
+  // Hand-written: S_FALSE for a plain message comes first, and a missing result place is allowed.
+  HRESULT STDMETHODCALLTYPE get_AttachParts(IEMSMimeParts** ppVal) override;
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
+  PV_STORED_PROPERTY(LONG, TextCodePage, textCodePage_)
+  PV_STORED_PROPERTY(LONG, HtmlCodePage, htmlCodePage_)
+  PV_STORED_PROPERTY(LONG, TextEncoding, textEncoding_)
+  PV_STORED_PROPERTY(LONG, HtmlEncoding, htmlEncoding_)
+  PV_STORED_PROPERTY(LONG, AttachEncoding, attachEncoding_)
+  PV_STORED_PROPERTY(LONG, AttachHeaderEncoding, attachHeaderEncoding_)
 
-      // ---------------------------------------------------------------- the library's own entry points
-      // Moves every field whose name begins with "Content-" from the header list
-      // to the root part's list, making the root part when there is such a
-      // field. Nothing happens when the MIME list or the root part cannot be made.
-      void SplitMimeHeaders();
+  // ---------------------------------------------------------------- the library's own entry points
+  // Moves every field whose name begins with "Content-" from the header list
+  // to the root part's list, making the root part when there is such a
+  // field. Nothing happens when the MIME list or the root part cannot be made.
+  void SplitMimeHeaders();
 
   // Scans a plain text for uuencoded blocks. When at least one is found,
   // `parts` receives a new list: first a "text/plain" part holding the text
@@ -69,12 +140,13 @@ class MessageParser final : public ComObject<MessageParser, IEMSMessageParser> {
   // The root part's "Content-Type" type and subtype codes, text/plain when
   // there is no root part, no such field or the field has no content state.
   void RootContentCodes(LONG* type, LONG* subtype);
-  // TextBody put and HTMLBody put.
-  HRESULT PutBody(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage,
-                  LONG newCodePage, LONG newEncoding);
+  // TextBody put and HTMLBody put (throws std::bad_alloc: run inside Guard).
+  HRESULT ReplaceBodyText(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage,
+                          LONG newCodePage, LONG newEncoding);
   // TextBody get and HTMLBody get of a MIME message.
   HRESULT DecodedBodyOfSubtype(LONG subtype, LONG codePage, BSTR* pVal);
-  // The shared sequence of the four mailbox setters and getters.
+  // The shared sequence of the four mailbox setters (PutMailboxPart throws
+  // std::bad_alloc: run inside Guard) and getters.
   HRESULT PutMailboxPart(std::string_view fieldName, BSTR value, bool setsName);
   HRESULT GetMailboxPart(std::string_view fieldName, bool getsName, BSTR* pVal);
   // Removes from the header list every field named like one of

@@ -37,28 +37,22 @@ void MessageParser::AssembleBytes(std::string* out) {
   out->append(SpanOf(part.get(), &bytes));
 }
 
-HRESULT MessageParser::AssembleObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string bytes;
-    AssembleBytes(&bytes);
-    ComPtr<IEMSDataObject> result;
-    HRESULT hr = MakeDataObject(std::move(bytes), &result);
-    if (FAILED(hr)) return hr;
-    *ppVal = result.detach();
-    return S_OK;
-  });
+HRESULT MessageParser::DoAssembleObject(IEMSDataObject** ppVal) {
+  std::string bytes;
+  AssembleBytes(&bytes);
+  ComPtr<IEMSDataObject> result;
+  HRESULT hr = MakeDataObject(std::move(bytes), &result);
+  if (FAILED(hr)) return hr;
+  *ppVal = result.detach();
+  return S_OK;
 }
 
-HRESULT MessageParser::get_FullMessage(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> assembled;
-    AssembleObject(assembled.put());
-    if (!assembled) return E_FAIL;
-    DataBytes bytes;
-    return ReturnCodePageText(kCodePageAnsi, SpanOf(assembled.get(), &bytes), pVal);
-  });
+HRESULT MessageParser::GetFullMessage(BSTR* pVal) {
+  ComPtr<IEMSDataObject> assembled;
+  AssembleObject(assembled.put());
+  if (!assembled) return E_FAIL;
+  DataBytes bytes;
+  return ReturnCodePageText(kCodePageAnsi, SpanOf(assembled.get(), &bytes), pVal);
 }
 
 }  // namespace pv

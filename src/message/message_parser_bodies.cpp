@@ -60,7 +60,7 @@ void MessageParser::RootContentCodes(LONG* type, LONG* subtype) {
 }
 
 // ---------------------------------------------------------------- forwards to the root part
-HRESULT MessageParser::RemovePart(IEMSMimePart* pPart) {
+HRESULT MessageParser::DoRemovePart(IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
   if (IsMimeMessage() != S_OK) return E_FAIL;
   if (pPart == root_.get()) {
@@ -70,14 +70,14 @@ HRESULT MessageParser::RemovePart(IEMSMimePart* pPart) {
   return root_.get()->RemovePart(pPart);
 }
 
-HRESULT MessageParser::FindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
-  if (bszCntType == nullptr || ppPart == nullptr) return E_POINTER;
+HRESULT MessageParser::DoFindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
+  if (bszCntType == nullptr) return E_POINTER;
   if (IsMimeMessage() != S_OK) return E_FAIL;
   return root_.get()->FindPart(bszCntType, nLevel, ppPart);
 }
 
-HRESULT MessageParser::FindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
-  if (pPart == nullptr || ppPart == nullptr) return E_POINTER;
+HRESULT MessageParser::DoFindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
+  if (pPart == nullptr) return E_POINTER;
   if (IsMimeMessage() != S_OK) return E_FAIL;
   if (pPart == root_.get()) return S_FALSE;  // the root has no parent
   return root_.get()->FindParentPart(pPart, ppPart);
@@ -102,99 +102,93 @@ HRESULT MessageParser::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
 
 // On a plain message the result is a single "text/plain" root holding the
 // plain body, whatever subtype was asked for.
-HRESULT MessageParser::ConvertToMultipart(LONG nSubType) {
+HRESULT MessageParser::DoConvertToMultipart(LONG nSubType) {
   if (!plainBody_) return root_ ? root_.get()->ConvertToMultipart(nSubType) : S_FALSE;
-  return Guard([&] {
-    ComPtr<IEMSMimePart> root;
-    if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return E_FAIL;
-    if (!CreateContentType(root.get(), "text/plain")) return E_FAIL;
-    root->put_DefaultCodePage(defaultCodePage_);
-    root->put_DefaultEncoding(defaultEncoding_);
-    root->put_BodyObject(plainBody_.get());
-    root_.Reset(root);
-    plainBody_ = nullptr;
-    return S_OK;
-  });
+  ComPtr<IEMSMimePart> root;
+  if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &root))) return E_FAIL;
+  if (!CreateContentType(root.get(), "text/plain")) return E_FAIL;
+  root->put_DefaultCodePage(defaultCodePage_);
+  root->put_DefaultEncoding(defaultEncoding_);
+  root->put_BodyObject(plainBody_.get());
+  root_.Reset(root);
+  plainBody_ = nullptr;
+  return S_OK;
 }
 
 // A root that is not multipart of the preferred subtype is converted first,
 // so a multipart root of another subtype is wrapped once more.
-HRESULT MessageParser::AddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
+HRESULT MessageParser::DoAddPart(LONG nPrefSubType, IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
   if (!plainBody_ && !root_) {
     root_.Reset(pPart);
     return S_OK;
   }
-  return Guard([&] {
-    LONG type = kTypeText;
-    LONG subtype = kSubtypePlain;
-    RootContentCodes(&type, &subtype);
-    if (type != kTypeMultipart || subtype != nPrefSubType) {
-      const bool wasPlain = static_cast<bool>(plainBody_);
-      ConvertToMultipart(nPrefSubType);
-      // A plain message first becomes a single "text/plain" part, whose
-      // children are never written; converting that part as well gives the
-      // new part a multipart container, so the message keeps it when it is
-      // assembled.
-      if (wasPlain && root_) {
-        RootContentCodes(&type, &subtype);
-        if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
-      }
+  LONG type = kTypeText;
+  LONG subtype = kSubtypePlain;
+  RootContentCodes(&type, &subtype);
+  if (type != kTypeMultipart || subtype != nPrefSubType) {
+    const bool wasPlain = static_cast<bool>(plainBody_);
+    ConvertToMultipart(nPrefSubType);
+    // A plain message first becomes a single "text/plain" part, whose
+    // children are never written; converting that part as well gives the
+    // new part a multipart container, so the message keeps it when it is
+    // assembled.
+    if (wasPlain && root_) {
+      RootContentCodes(&type, &subtype);
+      if (type != kTypeMultipart || subtype != nPrefSubType) ConvertToMultipart(nPrefSubType);
     }
-    if (IsMimeMessage() != S_OK) return E_FAIL;
-    ComPtr<IEMSMimeParts> children;
-    if (FAILED(root_.get()->get_MimeParts(children.put())) || !children) return E_FAIL;
-    return SUCCEEDED(children->AddPart(pPart)) ? S_OK : E_FAIL;
-  });
+  }
+  if (IsMimeMessage() != S_OK) return E_FAIL;
+  ComPtr<IEMSMimeParts> children;
+  if (FAILED(root_.get()->get_MimeParts(children.put())) || !children) return E_FAIL;
+  return SUCCEEDED(children->AddPart(pPart)) ? S_OK : E_FAIL;
 }
 
 // ---------------------------------------------------------------- attachments
-HRESULT MessageParser::AddAttach(BSTR bszName, IEMSDataObject* pObject) {
+HRESULT MessageParser::DoAddAttach(BSTR bszName, IEMSDataObject* pObject) {
   if (pObject == nullptr) return E_FAIL;
-  return Guard([&] {
-    WString name;
-    WString extension;
-    SplitAttachName(View(bszName), &name, &extension);
+  WString name;
+  WString extension;
+  SplitAttachName(View(bszName), &name, &extension);
 
-    if (HasUnitAbove128(name) && attachHeaderEncoding_ != kHeaderEncodingNone) {
-      ComPtr<IEMSHeaderCharset> charset;
-      if (FAILED(CreateClassInstance(CLSID_EMSHeaderCharset, &charset))) return S_OK;
-      // An attachment to be uuencoded gets B where Q was asked for.
-      bool uuencode = attachEncoding_ == kTransferUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
-      charset->put_DefaultEncoding(uuencode ? kHeaderEncodingB : attachHeaderEncoding_);
-      charset->put_DefaultCodePage(static_cast<LONG>(AnsiCodePage()));
-      Bstr headerName = FixedName("filename=\"\"");
-      charset->put_HeaderName(headerName.get());
-      Bstr plain(name);
-      Bstr encoded;
-      if (SUCCEEDED(charset->AssembleHeader(plain.get(), encoded.put())) && !encoded.is_null()) {
-        name = WString(encoded.view());
-      }
+  if (HasUnitAbove128(name) && attachHeaderEncoding_ != kHeaderEncodingNone) {
+    ComPtr<IEMSHeaderCharset> charset;
+    if (FAILED(CreateClassInstance(CLSID_EMSHeaderCharset, &charset))) return S_OK;
+    // An attachment to be uuencoded gets B where Q was asked for.
+    bool uuencode = attachEncoding_ == kTransferUuencode && attachHeaderEncoding_ == kHeaderEncodingQ;
+    charset->put_DefaultEncoding(uuencode ? kHeaderEncodingB : attachHeaderEncoding_);
+    charset->put_DefaultCodePage(static_cast<LONG>(AnsiCodePage()));
+    Bstr headerName = FixedName("filename=\"\"");
+    charset->put_HeaderName(headerName.get());
+    Bstr plain(name);
+    Bstr encoded;
+    if (SUCCEEDED(charset->AssembleHeader(plain.get(), encoded.put())) && !encoded.is_null()) {
+      name = WString(encoded.view());
     }
+  }
 
-    ComPtr<IEMSMimePart> attachment;
-    if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &attachment))) return E_FAIL;
-    if (name.empty()) {
-      if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Disposition")) {
-        SetRawData(field.get(), WidenAscii("attachment"));
-      }
-    } else {
-      WString type;
-      if (extension.empty() || !ContentTypeOfExtension(extension, &type) || type.empty()) {
-        type = WidenAscii("application/octet-stream");
-      }
-      if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Type")) {
-        SetRawData(field.get(), type + WidenAscii(";\r\n"));
-      }
-      if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Disposition")) {
-        SetRawData(field.get(), WidenAscii("attachment;\r\n\tfilename=\"") + name + WidenAscii("\""));
-      }
+  ComPtr<IEMSMimePart> attachment;
+  if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &attachment))) return E_FAIL;
+  if (name.empty()) {
+    if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Disposition")) {
+      SetRawData(field.get(), WidenAscii("attachment"));
     }
-    attachment->put_IsAttachPart(1);
-    attachment->put_DefaultEncoding(attachEncoding_);
-    if (FAILED(attachment->put_DecodedBinary(pObject))) return E_FAIL;
-    return SUCCEEDED(AddPart(kSubtypeMixed, attachment.get())) ? S_OK : E_FAIL;
-  });
+  } else {
+    WString type;
+    if (extension.empty() || !ContentTypeOfExtension(extension, &type) || type.empty()) {
+      type = WidenAscii("application/octet-stream");
+    }
+    if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Type")) {
+      SetRawData(field.get(), type + WidenAscii(";\r\n"));
+    }
+    if (ComPtr<IEMSMessageParameter> field = CreatePartField(attachment.get(), "Content-Disposition")) {
+      SetRawData(field.get(), WidenAscii("attachment;\r\n\tfilename=\"") + name + WidenAscii("\""));
+    }
+  }
+  attachment->put_IsAttachPart(1);
+  attachment->put_DefaultEncoding(attachEncoding_);
+  if (FAILED(attachment->put_DecodedBinary(pObject))) return E_FAIL;
+  return SUCCEEDED(AddPart(kSubtypeMixed, attachment.get())) ? S_OK : E_FAIL;
 }
 
 // The flagged leaves of the tree, depth first with children in list order;
@@ -238,23 +232,18 @@ HRESULT MessageParser::get_AttachParts(IEMSMimeParts** ppVal) {
 
 // ---------------------------------------------------------------- the body as text
 // The body as it stands, still transfer-encoded, in the ANSI code page.
-HRESULT MessageParser::get_Body(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> body;
-    get_BodyObject(body.put());
-    DataBytes bytes;
-    return ReturnCodePageText(kCodePageAnsi, SpanOf(body.get(), &bytes), pVal);
-  });
+HRESULT MessageParser::GetBody(BSTR* pVal) {
+  ComPtr<IEMSDataObject> body;
+  get_BodyObject(body.put());
+  DataBytes bytes;
+  return ReturnCodePageText(kCodePageAnsi, SpanOf(body.get(), &bytes), pVal);
 }
 
-HRESULT MessageParser::put_Body(BSTR newVal) {
+HRESULT MessageParser::PutBody(BSTR newVal) {
   if (newVal == nullptr) return E_FAIL;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> data;
-    if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
-    return put_BodyObject(data.get());
-  });
+  ComPtr<IEMSDataObject> data;
+  if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
+  return put_BodyObject(data.get());
 }
 
 // ---------------------------------------------------------------- text and HTML bodies
@@ -268,29 +257,25 @@ HRESULT MessageParser::DecodedBodyOfSubtype(LONG subtype, LONG codePage, BSTR* p
 
 // A plain body is read in the text code page; a text part is decoded with
 // the default code page (not the text code page) as its fallback.
-HRESULT MessageParser::get_TextBody(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    if (!plainBody_) return DecodedBodyOfSubtype(kSubtypePlain, defaultCodePage_, pVal);
-    DataBytes bytes;
-    return ReturnCodePageText(static_cast<UINT>(textCodePage_), SpanOf(plainBody_.get(), &bytes), pVal);
-  });
+HRESULT MessageParser::GetTextBody(BSTR* pVal) {
+  if (!plainBody_) return DecodedBodyOfSubtype(kSubtypePlain, defaultCodePage_, pVal);
+  DataBytes bytes;
+  return ReturnCodePageText(static_cast<UINT>(textCodePage_), SpanOf(plainBody_.get(), &bytes), pVal);
 }
 
-HRESULT MessageParser::get_HTMLBody(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MessageParser::GetHTMLBody(BSTR* pVal) {
   if (plainBody_) return S_FALSE;  // a plain message has no HTML body
-  return Guard([&] { return DecodedBodyOfSubtype(kSubtypeHtml, htmlCodePage_, pVal); });
+  return DecodedBodyOfSubtype(kSubtypeHtml, htmlCodePage_, pVal);
 }
 
-HRESULT MessageParser::put_TextBody(BSTR newVal) {
-  return PutBody(newVal, kSubtypePlain, "text/plain", textCodePage_, textCodePage_, textEncoding_);
+HRESULT MessageParser::PutTextBody(BSTR newVal) {
+  return ReplaceBodyText(newVal, kSubtypePlain, "text/plain", textCodePage_, textCodePage_, textEncoding_);
 }
 
 // An existing HTML part is re-encoded with the text code page, not the HTML
 // code page; only a new HTML part gets the HTML code page.
-HRESULT MessageParser::put_HTMLBody(BSTR newVal) {
-  return PutBody(newVal, kSubtypeHtml, "text/html", textCodePage_, htmlCodePage_, htmlEncoding_);
+HRESULT MessageParser::PutHTMLBody(BSTR newVal) {
+  return ReplaceBodyText(newVal, kSubtypeHtml, "text/html", textCodePage_, htmlCodePage_, htmlEncoding_);
 }
 
 // Sets the body part of `subtype`, making it when there is none: a plain
@@ -298,46 +283,44 @@ HRESULT MessageParser::put_HTMLBody(BSTR newVal) {
 // plain body is dropped), and a root of another kind becomes multipart
 // "alternative" with the new part appended. A part that cannot be made
 // leaves the message as it is, with S_OK.
-HRESULT MessageParser::PutBody(BSTR value, LONG subtype, std::string_view contentType, LONG existingCodePage,
-                               LONG newCodePage, LONG newEncoding) {
-  return Guard([&] {
-    if (!plainBody_) {
-      ComPtr<IEMSMimePart> existing;
-      if (SUCCEEDED(FindPartBySubType(subtype, existing.put())) && existing) {
-        existing->put_DefaultCodePage(existingCodePage);
-        existing->put_DecodedBody(value);
-        return S_OK;
-      }
-    }
-    ComPtr<IEMSMimePart> part;
-    if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &part))) return S_OK;
-    Bstr versionName = FixedName("MIME-Version");
-    ComPtr<IEMSMessageParameter> version;
-    if (headers_.get()->CreateParameter(versionName.get(), version.put()) == S_OK && version) {
-      Bstr one = FixedName("1.0");
-      version->put_UnfoldedData(one.get());  // an existing field is left as it is
-    }
-    if (!CreateContentType(part.get(), contentType)) return S_OK;
-    part->put_DefaultCodePage(newCodePage);
-    part->put_DefaultEncoding(newEncoding);
-    part->put_DecodedBody(value);
-    if (plainBody_) {
-      root_.Reset(part);
-      plainBody_ = nullptr;
+HRESULT MessageParser::ReplaceBodyText(BSTR value, LONG subtype, std::string_view contentType,
+                                       LONG existingCodePage, LONG newCodePage, LONG newEncoding) {
+  if (!plainBody_) {
+    ComPtr<IEMSMimePart> existing;
+    if (SUCCEEDED(FindPartBySubType(subtype, existing.put())) && existing) {
+      existing->put_DefaultCodePage(existingCodePage);
+      existing->put_DecodedBody(value);
       return S_OK;
     }
-    if (!root_) {
-      root_.Reset(part);
-      return S_OK;
-    }
-    LONG type = kTypeText;
-    LONG rootSubtype = kSubtypePlain;
-    TypeCodesOf(root_->FindField("Content-Type"), &type, &rootSubtype);
-    if (type != kTypeMultipart) root_.get()->ConvertToMultipart(kSubtypeAlternative);
-    ComPtr<IEMSMimeParts> children;
-    if (SUCCEEDED(root_.get()->get_MimeParts(children.put())) && children) children->AddPart(part.get());
+  }
+  ComPtr<IEMSMimePart> part;
+  if (FAILED(CreateClassInstance(CLSID_EMSMimePart, &part))) return S_OK;
+  Bstr versionName = FixedName("MIME-Version");
+  ComPtr<IEMSMessageParameter> version;
+  if (headers_.get()->CreateParameter(versionName.get(), version.put()) == S_OK && version) {
+    Bstr one = FixedName("1.0");
+    version->put_UnfoldedData(one.get());  // an existing field is left as it is
+  }
+  if (!CreateContentType(part.get(), contentType)) return S_OK;
+  part->put_DefaultCodePage(newCodePage);
+  part->put_DefaultEncoding(newEncoding);
+  part->put_DecodedBody(value);
+  if (plainBody_) {
+    root_.Reset(part);
+    plainBody_ = nullptr;
     return S_OK;
-  });
+  }
+  if (!root_) {
+    root_.Reset(part);
+    return S_OK;
+  }
+  LONG type = kTypeText;
+  LONG rootSubtype = kSubtypePlain;
+  TypeCodesOf(root_->FindField("Content-Type"), &type, &rootSubtype);
+  if (type != kTypeMultipart) root_.get()->ConvertToMultipart(kSubtypeAlternative);
+  ComPtr<IEMSMimeParts> children;
+  if (SUCCEEDED(root_.get()->get_MimeParts(children.put())) && children) children->AddPart(part.get());
+  return S_OK;
 }
 
 }  // namespace pv

@@ -25,26 +25,26 @@ ComPtr<IEMSHeaderMailboxes> MailboxesOf(IEMSMessageParameter* field) {
 }  // namespace
 
 // ---------------------------------------------------------------- fields by name
-HRESULT MessageParser::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::DoCreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   return headers_.get()->CreateParameter(bszName, ppVal);
 }
 
-HRESULT MessageParser::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::DoFindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   return headers_.get()->FindParameter(bszName, ppVal);
 }
 
-HRESULT MessageParser::CreateMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::DoCreateMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   if (plainBody_) return E_FAIL;
   ComPtr<IEMSMessageParameters> mime;
   if (FAILED(get_MimeHeaders(mime.put())) || !mime) return E_FAIL;
   return mime->CreateParameter(bszName, ppVal);
 }
 
-HRESULT MessageParser::FindMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MessageParser::DoFindMimeHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   if (plainBody_) return E_FAIL;
   ComPtr<IEMSMessageParameters> mime;
   if (FAILED(get_MimeHeaders(mime.put())) || !mime) return E_FAIL;
@@ -66,18 +66,16 @@ HRESULT MessageParser::get_Subject(BSTR* pVal) {
 
 // The field takes the place of an existing "Subject" through
 // ReplaceParameter, unlike the mailbox setters.
-HRESULT MessageParser::put_Subject(BSTR newVal) {
-  return Guard([&] {
-    Bstr name = FixedName("Subject");
-    ComPtr<IEMSMessageParameter> field;
-    HRESULT hr = headers_.get()->CreateParameter(name.get(), field.put());
-    if (FAILED(hr)) return hr;
-    if (!field) return E_FAIL;
-    field->put_DefaultCodePage(defaultCodePage_);
-    field->put_DecodedData(newVal);
-    headers_.get()->ReplaceParameter(field.get());
-    return S_OK;
-  });
+HRESULT MessageParser::PutSubject(BSTR newVal) {
+  Bstr name = FixedName("Subject");
+  ComPtr<IEMSMessageParameter> field;
+  HRESULT hr = headers_.get()->CreateParameter(name.get(), field.put());
+  if (FAILED(hr)) return hr;
+  if (!field) return E_FAIL;
+  field->put_DefaultCodePage(defaultCodePage_);
+  field->put_DecodedData(newVal);
+  headers_.get()->ReplaceParameter(field.get());
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- first sender and recipient
@@ -101,60 +99,52 @@ HRESULT MessageParser::GetMailboxPart(std::string_view fieldName, bool getsName,
 // changed in place (or added once by CreateParameter); no ReplaceParameter.
 HRESULT MessageParser::PutMailboxPart(std::string_view fieldName, BSTR value, bool setsName) {
   if (value == nullptr) return S_OK;
-  return Guard([&] {
-    Bstr name = FixedName(fieldName);
-    ComPtr<IEMSMessageParameter> field;
-    if (FAILED(headers_.get()->CreateParameter(name.get(), field.put())) || !field) return S_OK;
-    ComPtr<IEMSHeaderMailboxes> mailboxes = MailboxesOf(field.get());
-    if (!mailboxes) return S_OK;
-    LONG count = 0;
-    mailboxes->get_Count(&count);
-    Bstr currentName;
-    Bstr currentAddress;
-    if (count > 0) {
-      if (ComPtr<IEMSHeaderMailboxes> list = MailboxesOf(FindField(headers_.get(), name.get()).get())) {
-        list->get_MailboxName(0, currentName.put());
-      }
-      if (ComPtr<IEMSHeaderMailboxes> list = MailboxesOf(FindField(headers_.get(), name.get()).get())) {
-        list->get_MailboxAddress(0, currentAddress.put());
-      }
+  Bstr name = FixedName(fieldName);
+  ComPtr<IEMSMessageParameter> field;
+  if (FAILED(headers_.get()->CreateParameter(name.get(), field.put())) || !field) return S_OK;
+  ComPtr<IEMSHeaderMailboxes> mailboxes = MailboxesOf(field.get());
+  if (!mailboxes) return S_OK;
+  LONG count = 0;
+  mailboxes->get_Count(&count);
+  Bstr currentName;
+  Bstr currentAddress;
+  if (count > 0) {
+    if (ComPtr<IEMSHeaderMailboxes> list = MailboxesOf(FindField(headers_.get(), name.get()).get())) {
+      list->get_MailboxName(0, currentName.put());
     }
-    mailboxes->put_MailboxData(count > 0 ? 0 : -1, setsName ? value : currentName.get(),
-                               setsName ? currentAddress.get() : value);
-    field->put_DefaultCodePage(defaultCodePage_);
-    field->put_DefaultEncoding(defaultEncoding_);
-    field->put_HeaderMailboxes(mailboxes.get());
-    return S_OK;
-  });
+    if (ComPtr<IEMSHeaderMailboxes> list = MailboxesOf(FindField(headers_.get(), name.get()).get())) {
+      list->get_MailboxAddress(0, currentAddress.put());
+    }
+  }
+  mailboxes->put_MailboxData(count > 0 ? 0 : -1, setsName ? value : currentName.get(),
+                             setsName ? currentAddress.get() : value);
+  field->put_DefaultCodePage(defaultCodePage_);
+  field->put_DefaultEncoding(defaultEncoding_);
+  field->put_HeaderMailboxes(mailboxes.get());
+  return S_OK;
 }
 
-HRESULT MessageParser::get_SenderName(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return GetMailboxPart("From", true, pVal);
-}
+HRESULT MessageParser::GetSenderName(BSTR* pVal) { return GetMailboxPart("From", true, pVal); }
 
-HRESULT MessageParser::put_SenderName(BSTR newVal) { return PutMailboxPart("From", newVal, true); }
+HRESULT MessageParser::PutSenderName(BSTR newVal) { return PutMailboxPart("From", newVal, true); }
 
-HRESULT MessageParser::get_SenderEmail(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return GetMailboxPart("From", false, pVal);
-}
+HRESULT MessageParser::GetSenderEmail(BSTR* pVal) { return GetMailboxPart("From", false, pVal); }
 
-HRESULT MessageParser::put_SenderEmail(BSTR newVal) { return PutMailboxPart("From", newVal, false); }
+HRESULT MessageParser::PutSenderEmail(BSTR newVal) { return PutMailboxPart("From", newVal, false); }
 
 HRESULT MessageParser::get_RecipientName(BSTR* pVal) {
   if (pVal == nullptr) return E_INVALIDARG;
   return GetMailboxPart("To", true, pVal);
 }
 
-HRESULT MessageParser::put_RecipientName(BSTR newVal) { return PutMailboxPart("To", newVal, true); }
+HRESULT MessageParser::PutRecipientName(BSTR newVal) { return PutMailboxPart("To", newVal, true); }
 
 HRESULT MessageParser::get_RecipientEmail(BSTR* pVal) {
   if (pVal == nullptr) return E_INVALIDARG;
   return GetMailboxPart("To", false, pVal);
 }
 
-HRESULT MessageParser::put_RecipientEmail(BSTR newVal) { return PutMailboxPart("To", newVal, false); }
+HRESULT MessageParser::PutRecipientEmail(BSTR newVal) { return PutMailboxPart("To", newVal, false); }
 
 // ---------------------------------------------------------------- any field's text
 // Reads the raw value (folded, still encoded) of the message's own field,
@@ -169,7 +159,7 @@ HRESULT MessageParser::get_HeaderString(BSTR bszHeader, BSTR* pVal) {
 
 // Writes decoded text, which the field encodes: a value put here may read
 // back from the getter in its encoded form.
-HRESULT MessageParser::put_HeaderString(BSTR bszHeader, BSTR bszValue) {
+HRESULT MessageParser::PutHeaderString(BSTR bszHeader, BSTR bszValue) {
   ComPtr<IEMSMessageParameter> field;
   headers_.get()->CreateParameter(bszHeader, field.put());
   if (!field) return E_FAIL;
@@ -178,28 +168,23 @@ HRESULT MessageParser::put_HeaderString(BSTR bszHeader, BSTR bszValue) {
 }
 
 // ---------------------------------------------------------------- the whole header block
-HRESULT MessageParser::get_AllHeadersString(BSTR* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSMessageParameters> all;
-    HRESULT hr = get_AllHeaders(all.put());
-    if (FAILED(hr)) return hr;
-    if (!all) return E_FAIL;
-    return all->AssembleParameters(pVal);
-  });
+HRESULT MessageParser::GetAllHeadersString(BSTR* pVal) {
+  ComPtr<IEMSMessageParameters> all;
+  HRESULT hr = get_AllHeaders(all.put());
+  if (FAILED(hr)) return hr;
+  if (!all) return E_FAIL;
+  return all->AssembleParameters(pVal);
 }
 
 // The header list's parse decides what happens to the fields already in it;
 // the "Content-" fields then move to the root part, made if needed.
-HRESULT MessageParser::put_AllHeadersString(BSTR newVal) {
+HRESULT MessageParser::PutAllHeadersString(BSTR newVal) {
   if (newVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> data;
-    if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
-    headers_.get()->ParseParametersObject(data.get());
-    SplitMimeHeaders();
-    return S_OK;
-  });
+  ComPtr<IEMSDataObject> data;
+  if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
+  headers_.get()->ParseParametersObject(data.get());
+  SplitMimeHeaders();
+  return S_OK;
 }
 
 }  // namespace pv

@@ -65,19 +65,17 @@ TreeFrame OpenFrame(IEMSMimePart* part) {
 }  // namespace
 
 // ---------------------------------------------------------------- parse
-HRESULT MessageParser::Parse() {
+HRESULT MessageParser::DoParse() {
   if (parsed_) return S_OK;
   if (!stored_) return E_POINTER;
   return ParseObject(stored_.get());
 }
 
-HRESULT MessageParser::put_FullMessage(BSTR newVal) {
+HRESULT MessageParser::PutFullMessage(BSTR newVal) {
   if (newVal == nullptr) return E_FAIL;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> data;
-    if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
-    return ParseObject(data.get());
-  });
+  ComPtr<IEMSDataObject> data;
+  if (FAILED(DataObjectFromText(View(newVal), &data)) || !data) return E_FAIL;
+  return ParseObject(data.get());
 }
 
 // A conversion of uuencoded blocks is followed by an assembly of the new
@@ -88,23 +86,21 @@ HRESULT MessageParser::put_FullMessage(BSTR newVal) {
 // after kMaxConversionRounds conversions the parse keeps what it has: text
 // crafted so that every conversion exposes a new block would otherwise cost
 // one assembly and parse of the whole message per block.
-HRESULT MessageParser::ParseObject(IEMSDataObject* pObject) {
+HRESULT MessageParser::DoParseObject(IEMSDataObject* pObject) {
   if (pObject == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<IEMSDataObject> keep(pObject);
-    bool converted = false;
-    HRESULT hr = ParseOnce(pObject, true, &converted);
-    if (FAILED(hr)) return hr;
-    for (int rounds = 1; converted; ++rounds) {
-      ComPtr<IEMSDataObject> assembled;
-      AssembleObject(assembled.put());
-      if (!assembled) break;
-      converted = false;
-      ParseOnce(assembled.get(), rounds < kMaxConversionRounds, &converted);
-    }
-    parsed_ = 1;
-    return S_OK;
-  });
+  ComPtr<IEMSDataObject> keep(pObject);
+  bool converted = false;
+  HRESULT hr = ParseOnce(pObject, true, &converted);
+  if (FAILED(hr)) return hr;
+  for (int rounds = 1; converted; ++rounds) {
+    ComPtr<IEMSDataObject> assembled;
+    AssembleObject(assembled.put());
+    if (!assembled) break;
+    converted = false;
+    ParseOnce(assembled.get(), rounds < kMaxConversionRounds, &converted);
+  }
+  parsed_ = 1;
+  return S_OK;
 }
 
 HRESULT MessageParser::ParseOnce(IEMSDataObject* object, bool convert, bool* converted) {

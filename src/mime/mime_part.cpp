@@ -1,4 +1,3 @@
-#include "src/com/stored_property.h"
 #include "src/mime/mime_part.h"
 
 #include "src/data/data_access.h"
@@ -34,29 +33,25 @@ IEMSMimeParts* MimePart::parts() {
 }
 
 // ---------------------------------------------------------------- parsing
-HRESULT MimePart::ParsePartObject(IEMSDataObject* pObject) {
+HRESULT MimePart::DoParsePartObject(IEMSDataObject* pObject) {
   if (pObject == nullptr) return E_POINTER;
-  return Guard([&] {
-    body_ = nullptr;
-    headers_.get()->RemoveAll();
-    if (parts_) parts_->Clear();
-    // The attachment flag is left as it is: parsing never clears it.
-    DataBytes bytes;
-    if (FAILED(ReadDataBytes(pObject, &bytes)) || bytes.data() == nullptr) return E_FAIL;
-    PartTreeParser parser(pObject, bytes);
-    return parser.ParseRoot(this);
-  });
+  body_ = nullptr;
+  headers_.get()->RemoveAll();
+  if (parts_) parts_->Clear();
+  // The attachment flag is left as it is: parsing never clears it.
+  DataBytes bytes;
+  if (FAILED(ReadDataBytes(pObject, &bytes)) || bytes.data() == nullptr) return E_FAIL;
+  PartTreeParser parser(pObject, bytes);
+  return parser.ParseRoot(this);
 }
 
-HRESULT MimePart::put_BodyObject(IEMSDataObject* pVal) {
-  return Guard([&] {
-    if (pVal == nullptr) {
-      body_ = nullptr;
-      return S_OK;
-    }
-    if (pVal != body_.get()) body_ = ComPtr<IEMSDataObject>(pVal);
-    return StoreBody(pVal);
-  });
+HRESULT MimePart::PutBodyObject(IEMSDataObject* pVal) {
+  if (pVal == nullptr) {
+    body_ = nullptr;
+    return S_OK;
+  }
+  if (pVal != body_.get()) body_ = ComPtr<IEMSDataObject>(pVal);
+  return StoreBody(pVal);
 }
 
 // Children already in the list stay: newly split children are appended.
@@ -70,84 +65,49 @@ HRESULT MimePart::StoreBody(IEMSDataObject* body) {
   return S_OK;
 }
 
-HRESULT MimePart::get_BodyObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MimePart::GetBodyObject(IEMSDataObject** ppVal) {
   if (body_) {
     body_.CopyTo(ppVal);
     return S_OK;
   }
-  return Guard([&] {
-    std::string text;
-    bool hasBody = false;
-    HRESULT hr = WriteTo(false, &text, &hasBody);
-    if (FAILED(hr)) return hr;
-    if (!hasBody) return S_OK;  // the result place is left as it was
-    ComPtr<IEMSDataObject> built;
-    hr = MakeDataObject(std::move(text), &built);
-    if (FAILED(hr)) return hr;
-    *ppVal = built.detach();
-    return S_OK;
-  });
+  std::string text;
+  bool hasBody = false;
+  HRESULT hr = WriteTo(false, &text, &hasBody);
+  if (FAILED(hr)) return hr;
+  if (!hasBody) return S_OK;  // the result place is left as it was
+  ComPtr<IEMSDataObject> built;
+  hr = MakeDataObject(std::move(text), &built);
+  if (FAILED(hr)) return hr;
+  *ppVal = built.detach();
+  return S_OK;
 }
 
-HRESULT MimePart::get_Headers(IEMSMessageParameters** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MimePart::GetHeaders(IEMSMessageParameters** ppVal) {
   headers_.object().CopyTo(ppVal);
   return S_OK;
 }
 
 // The part always has a list: a missing one is refused.
-HRESULT MimePart::put_Headers(IEMSMessageParameters* pVal) {
+HRESULT MimePart::PutHeaders(IEMSMessageParameters* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (pVal == headers_.get()) return S_OK;
-  return Guard([&] {
-    headers_.Reset(pVal);
-    return S_OK;
-  });
+  headers_.Reset(pVal);
+  return S_OK;
 }
 
-HRESULT MimePart::get_MimeParts(IEMSMimeParts** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    *ppVal = parts();
-    (*ppVal)->AddRef();
-    return S_OK;
-  });
+HRESULT MimePart::GetMimeParts(IEMSMimeParts** ppVal) {
+  *ppVal = parts();
+  (*ppVal)->AddRef();
+  return S_OK;
 }
 
-HRESULT MimePart::put_MimeParts(IEMSMimeParts* pVal) {
+HRESULT MimePart::PutMimeParts(IEMSMimeParts* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (pVal == parts_.get()) return S_OK;
-  return Guard([&] {
-    parts_.Reset(pVal);
-    return S_OK;
-  });
+  parts_.Reset(pVal);
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- plain properties
-HRESULT MimePart::get_DefaultHeaderEncoding(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = defaultHeaderEncoding_;
-  return S_OK;
-}
-
-HRESULT MimePart::put_DefaultHeaderEncoding(LONG newVal) {
-  defaultHeaderEncoding_ = newVal;
-  return S_OK;
-}
-
-HRESULT MimePart::get_IsAttachPart(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
-  *pVal = attach_;
-  return S_OK;
-}
-
-HRESULT MimePart::put_IsAttachPart(LONG newVal) {
-  attach_ = newVal;
-  return S_OK;
-}
-
-PV_STORED_PROPERTY(MimePart, DefaultCodePage, defaultCodePage_)
-PV_STORED_PROPERTY(MimePart, DefaultEncoding, defaultEncoding_)
 
 }  // namespace pv

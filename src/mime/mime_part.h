@@ -16,6 +16,7 @@
 
 #include "src/com/com_object.h"
 #include "src/mime/part_access.h"
+#include "src/com/stored_property.h"
 
 namespace pv {
 
@@ -25,12 +26,41 @@ class MimePart final : public ComObject<MimePart, IEMSMimePart>, public PartAcce
   // Makes the header list and the child list.
   HRESULT FinalConstruct() override;
 
-  PV_MEMBERS_IEMSMimePart(PV_OVERRIDE_MEMBER)
+  // IEMSMimePart in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoParsePartObject(IEMSDataObject* pObject);
+  HRESULT PutBodyObject(IEMSDataObject* pVal);
+  HRESULT GetBodyObject(IEMSDataObject** ppVal);
+  HRESULT GetHeaders(IEMSMessageParameters** ppVal);
+  HRESULT PutHeaders(IEMSMessageParameters* pVal);
+  HRESULT GetMimeParts(IEMSMimeParts** ppVal);
+  HRESULT PutMimeParts(IEMSMimeParts* pVal);
+  HRESULT DoAssemblePartObject(IEMSDataObject** ppVal);
+  HRESULT DoCreateHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoFindHeader(BSTR bszName, IEMSMessageParameter** ppVal);
+  HRESULT DoRemovePart(IEMSMimePart* pPart);
+  HRESULT DoFindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart);
+  HRESULT DoFindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart);
+  HRESULT DoFindPartBySubType(LONG nSubType, IEMSMimePart** ppPart);
+  HRESULT DoConvertToMultipart(LONG nSubType);
+  HRESULT DoCreateAttach(BSTR bszName, IEMSDataObject* pObject, LONG bEmbedded, BSTR bszContentId,
+                         BSTR bszContentLoc, BSTR bszContentType);
+  HRESULT PutDecodedBinary(IEMSDataObject* pVal);
+  HRESULT GetDecodedBinary(IEMSDataObject** ppVal);
+  HRESULT PutDecodedBody(BSTR newVal);
+  HRESULT GetDecodedBody(BSTR* pVal);
+  HRESULT GetAttachName(BSTR* pVal);
+  HRESULT GetMimeType(LONG* pVal);
+  HRESULT GetMimeSubType(LONG* pVal);
+  HRESULT GetMimeContentTypeString(BSTR* pVal);
+  // Properties that only store a number and read it back.
+  PV_STORED_PROPERTY(LONG, DefaultCodePage, defaultCodePage_)
+  PV_STORED_PROPERTY(LONG, DefaultEncoding, defaultEncoding_)
+  PV_STORED_PROPERTY(LONG, DefaultHeaderEncoding, defaultHeaderEncoding_)
+  PV_STORED_PROPERTY(LONG, IsAttachPart, attach_)
 
-      // ---------------------------------------------------------------- the library's own entry points
-      IEMSDataObject* body() const {
-    return body_.get();
-  }
+  // ---------------------------------------------------------------- the library's own entry points
+  IEMSDataObject* body() const { return body_.get(); }
   IEMSMessageParameters* headers() const { return headers_.get(); }
   // The header list, as the library works on it (the part always has one).
   FieldListAccess& fields() const { return *headers_.access(); }

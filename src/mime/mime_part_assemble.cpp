@@ -424,19 +424,16 @@ HRESULT MimePart::WriteTo(bool withHeaders, std::string* out, bool* hasBody) {
   return writer.Write(this, withHeaders, hasBody);
 }
 
-HRESULT MimePart::AssemblePartObject(IEMSDataObject** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    std::string text;
-    bool hasBody = false;
-    HRESULT hr = WriteTo(true, &text, &hasBody);
-    if (FAILED(hr)) return hr;
-    ComPtr<IEMSDataObject> assembled;
-    hr = MakeDataObject(std::move(text), &assembled);
-    if (FAILED(hr)) return hr;
-    *ppVal = assembled.detach();
-    return S_OK;
-  });
+HRESULT MimePart::DoAssemblePartObject(IEMSDataObject** ppVal) {
+  std::string text;
+  bool hasBody = false;
+  HRESULT hr = WriteTo(true, &text, &hasBody);
+  if (FAILED(hr)) return hr;
+  ComPtr<IEMSDataObject> assembled;
+  hr = MakeDataObject(std::move(text), &assembled);
+  if (FAILED(hr)) return hr;
+  *ppVal = assembled.detach();
+  return S_OK;
 }
 
 }  // namespace pv

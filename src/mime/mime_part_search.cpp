@@ -114,30 +114,28 @@ HRESULT SearchFromPart(MimePart* part, int64_t level, Search& search, IEMSMimePa
 
 }  // namespace
 
-HRESULT MimePart::CreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MimePart::DoCreateHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   return headers_.get()->CreateParameter(bszName, ppVal);
 }
 
-HRESULT MimePart::FindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
-  if (bszName == nullptr || ppVal == nullptr) return E_POINTER;
+HRESULT MimePart::DoFindHeader(BSTR bszName, IEMSMessageParameter** ppVal) {
+  if (bszName == nullptr) return E_POINTER;
   return headers_.get()->FindParameter(bszName, ppVal);
 }
 
 // Only direct children are compared; grandchildren are not searched.
-HRESULT MimePart::RemovePart(IEMSMimePart* pPart) {
+HRESULT MimePart::DoRemovePart(IEMSMimePart* pPart) {
   if (pPart == nullptr) return E_POINTER;
-  return Guard([&] {
-    PartListAccess& list = partList();
-    const LONG count = list.Count();
-    if (count == 0) return E_FAIL;
-    for (LONG i = 0; i < count; ++i) {
-      if (list.At(i).get() != pPart) continue;
-      parts()->RemovePart(i);  // status ignored
-      return S_OK;
-    }
-    return E_FAIL;
-  });
+  PartListAccess& list = partList();
+  const LONG count = list.Count();
+  if (count == 0) return E_FAIL;
+  for (LONG i = 0; i < count; ++i) {
+    if (list.At(i).get() != pPart) continue;
+    parts()->RemovePart(i);  // status ignored
+    return S_OK;
+  }
+  return E_FAIL;
 }
 
 // ---------------------------------------------------------------- FindPart
@@ -172,12 +170,10 @@ struct ContentTypeSearch {
 
 }  // namespace
 
-HRESULT MimePart::FindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
-  if (bszCntType == nullptr || ppPart == nullptr) return E_POINTER;
-  return Guard([&] {
-    ContentTypeSearch search{bszCntType};
-    return SearchFromPart(this, nLevel, search, ppPart);
-  });
+HRESULT MimePart::DoFindPart(BSTR bszCntType, LONG nLevel, IEMSMimePart** ppPart) {
+  if (bszCntType == nullptr) return E_POINTER;
+  ContentTypeSearch search{bszCntType};
+  return SearchFromPart(this, nLevel, search, ppPart);
 }
 
 // ---------------------------------------------------------------- FindParentPart
@@ -200,12 +196,10 @@ struct ParentSearch {
 }  // namespace
 
 // The root is never its own parent.
-HRESULT MimePart::FindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
-  if (pPart == nullptr || ppPart == nullptr) return E_POINTER;
-  return Guard([&] {
-    ParentSearch search{pPart};
-    return SearchDescendants(this, 0, search, ppPart);
-  });
+HRESULT MimePart::DoFindParentPart(IEMSMimePart* pPart, IEMSMimePart** ppPart) {
+  if (pPart == nullptr) return E_POINTER;
+  ParentSearch search{pPart};
+  return SearchDescendants(this, 0, search, ppPart);
 }
 
 // ---------------------------------------------------------------- FindPartBySubType
@@ -235,57 +229,52 @@ struct SubtypeSearch {
 
 }  // namespace
 
-HRESULT MimePart::FindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
-  if (ppPart == nullptr) return E_POINTER;
-  return Guard([&] {
-    SubtypeSearch search{nSubType};
-    return SearchFromPart(this, 0, search, ppPart);
-  });
+HRESULT MimePart::DoFindPartBySubType(LONG nSubType, IEMSMimePart** ppPart) {
+  SubtypeSearch search{nSubType};
+  return SearchFromPart(this, 0, search, ppPart);
 }
 
 // ---------------------------------------------------------------- ConvertToMultipart
 // The part's whole header list (every field, message-level ones included)
 // moves to the new only child, with the body or the children; the part
 // keeps a new list with nothing but a multipart "Content-Type".
-HRESULT MimePart::ConvertToMultipart(LONG nSubType) {
-  return Guard([&] {
-    if (headers_->Count() == 0) return E_FAIL;
-    LONG type = kTypeText;
-    LONG subtype = kSubtypePlain;
-    PartContentCodes(fields(), &type, &subtype);
-    if (type == kTypeMultipart && subtype == nSubType) return S_OK;
+HRESULT MimePart::DoConvertToMultipart(LONG nSubType) {
+  if (headers_->Count() == 0) return E_FAIL;
+  LONG type = kTypeText;
+  LONG subtype = kSubtypePlain;
+  PartContentCodes(fields(), &type, &subtype);
+  if (type == kTypeMultipart && subtype == nSubType) return S_OK;
 
-    ComPtr<MimePart> child;
-    HRESULT hr = MakeObject(&child);
-    if (FAILED(hr)) return hr;
-    ComPtr<MessageParameters> headers;
-    hr = MakeObject(&headers);
-    if (FAILED(hr)) return hr;
+  ComPtr<MimePart> child;
+  HRESULT hr = MakeObject(&child);
+  if (FAILED(hr)) return hr;
+  ComPtr<MessageParameters> headers;
+  hr = MakeObject(&headers);
+  if (FAILED(hr)) return hr;
 
-    child->InheritDefaults(*this);
-    child->put_Headers(headers_.get());
-    if (body_) {
-      child->put_BodyObject(body_.get());
-    } else {
-      child->parts()->AppendParts(parts());
-    }
+  child->InheritDefaults(*this);
+  child->put_Headers(headers_.get());
+  if (body_) {
+    child->put_BodyObject(body_.get());
+  } else {
+    child->parts()->AppendParts(parts());
+  }
 
-    headers_.ResetOwn(ComPtr<IEMSMessageParameters>(headers.get()), headers.get());
-    ComPtr<IEMSMessageParameter> field;
-    hr = CreateField(fields(), "Content-Type", &field);
-    if (FAILED(hr)) return hr;
-    ComPtr<IEMSContentType> content;
-    hr = field.As(&content);
-    if (FAILED(hr)) return hr;
-    content->put_MimeType(kTypeMultipart);
-    content->put_MimeSubType(nSubType);
-    content->CreateBoundary(0, nullptr);
+  headers_.ResetOwn(ComPtr<IEMSMessageParameters>(headers.get()), headers.get());
+  ComPtr<IEMSMessageParameter> field;
+  hr = CreateField(fields(), "Content-Type", &field);
+  if (FAILED(hr)) return hr;
+  ComPtr<IEMSContentType> content;
+  hr = field.As(&content);
+  if (FAILED(hr)) return hr;
+  content->put_MimeType(kTypeMultipart);
+  content->put_MimeSubType(nSubType);
+  content->CreateBoundary(0, nullptr);
 
-    partList().Clear();
-    partList().AppendOwn(child.get());
-    body_ = nullptr;
-    return S_OK;
-  });
+  partList().Clear();
+  partList().AppendOwn(child.get());
+  body_ = nullptr;
+  return S_OK;
 }
 
 }  // namespace pv

@@ -46,61 +46,55 @@ HRESULT MimeParts::Append(IEMSMimePart* part) {
   return S_OK;
 }
 
-HRESULT MimeParts::AddPart(IEMSMimePart* pVal) {
+HRESULT MimeParts::DoAddPart(IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] { return Append(pVal); });
+  return Append(pVal);
 }
 
-HRESULT MimeParts::AppendParts(IEMSMimeParts* pVal) {
+HRESULT MimeParts::DoAppendParts(IEMSMimeParts* pVal) {
   if (pVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    // The count is read first, so a list appended to itself doubles once.
-    PartListRef list(pVal);
-    LONG count = list->Count();
-    for (LONG i = 0; i < count; ++i) {
-      PartRef part = list->At(i);
-      if (part) parts_.push_back(std::move(part));
-    }
-    return S_OK;
-  });
+  // The count is read first, so a list appended to itself doubles once.
+  PartListRef list(pVal);
+  LONG count = list->Count();
+  for (LONG i = 0; i < count; ++i) {
+    PartRef part = list->At(i);
+    if (part) parts_.push_back(std::move(part));
+  }
+  return S_OK;
 }
 
-HRESULT MimeParts::RemovePart(LONG nIdx) {
+HRESULT MimeParts::DoRemovePart(LONG nIdx) {
   if (!InRange(nIdx, parts_.size())) return S_OK;
   PartRef removed = std::move(parts_[static_cast<size_t>(nIdx)]);
   parts_.erase(parts_.begin() + nIdx);
   return S_OK;
 }
 
-HRESULT MimeParts::RemoveAll() {
+HRESULT MimeParts::DoRemoveAll() {
   Clear();
   return S_OK;
 }
 
 // A negative index is a range failure here, unlike everywhere else.
-HRESULT MimeParts::get_Part(LONG nIdx, IEMSMimePart** ppVal) {
-  if (ppVal == nullptr) return E_POINTER;
+HRESULT MimeParts::GetPart(LONG nIdx, IEMSMimePart** ppVal) {
   if (nIdx < 0) return E_INVALIDARG;
   if (static_cast<size_t>(nIdx) >= parts_.size()) return S_OK;  // nothing written
   parts_[static_cast<size_t>(nIdx)].object().CopyTo(ppVal);
   return S_OK;
 }
 
-HRESULT MimeParts::put_Part(LONG nIdx, IEMSMimePart* pVal) {
+HRESULT MimeParts::PutPart(LONG nIdx, IEMSMimePart* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (!InRange(nIdx, parts_.size())) return S_OK;
   PartRef& slot = parts_[static_cast<size_t>(nIdx)];
   if (slot.get() == pVal) return S_OK;
-  return Guard([&] {
-    PartRef entry(pVal);
-    PartRef released = std::move(slot);
-    slot = std::move(entry);
-    return S_OK;
-  });
+  PartRef entry(pVal);
+  PartRef released = std::move(slot);
+  slot = std::move(entry);
+  return S_OK;
 }
 
-HRESULT MimeParts::get_PartsCount(LONG* pVal) {
-  if (pVal == nullptr) return E_POINTER;
+HRESULT MimeParts::GetPartsCount(LONG* pVal) {
   *pVal = CountOf(parts_.size());
   return S_OK;
 }

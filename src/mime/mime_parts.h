@@ -17,12 +17,18 @@ class MimeParts final : public ComObject<MimeParts, IEMSMimeParts>, public PartL
  public:
   explicit MimeParts(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSMimeParts(PV_OVERRIDE_MEMBER)
+  // IEMSMimeParts in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoAddPart(IEMSMimePart* pVal);
+  HRESULT DoAppendParts(IEMSMimeParts* pVal);
+  HRESULT DoRemovePart(LONG nIdx);
+  HRESULT DoRemoveAll();
+  HRESULT GetPart(LONG nIdx, IEMSMimePart** ppVal);
+  HRESULT PutPart(LONG nIdx, IEMSMimePart* pVal);
+  HRESULT GetPartsCount(LONG* pVal);
 
-      // ---------------------------------------------------------------- the library's own entry points
-      size_t size() const {
-    return parts_.size();
-  }
+  // ---------------------------------------------------------------- the library's own entry points
+  size_t size() const { return parts_.size(); }
   // The entry at `index` (< size()).
   const PartRef& entry(size_t index) const { return parts_[index]; }
 

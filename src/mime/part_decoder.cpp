@@ -44,38 +44,36 @@ bool Decode(TransferEncoding code, std::string_view in, char* work, size_t* prod
 
 }  // namespace
 
-HRESULT PartDecoder::DecodePart(IEMSMimePart* pPart, IEMSDataObject** ppVal) {
-  if (pPart == nullptr || ppVal == nullptr) return E_POINTER;
-  return Guard([&] {
-    ComPtr<DataObject> output;
-    HRESULT hr = MakeObject(&output);
-    if (FAILED(hr)) return hr;
-    const TransferEncoding code = EncodingOfPart(pPart);
-    ComPtr<IEMSDataObject> body;
-    if (FAILED(pPart->get_BodyObject(body.put())) || !body) return E_FAIL;
+HRESULT PartDecoder::DoDecodePart(IEMSMimePart* pPart, IEMSDataObject** ppVal) {
+  if (pPart == nullptr) return E_POINTER;
+  ComPtr<DataObject> output;
+  HRESULT hr = MakeObject(&output);
+  if (FAILED(hr)) return hr;
+  const TransferEncoding code = EncodingOfPart(pPart);
+  ComPtr<IEMSDataObject> body;
+  if (FAILED(pPart->get_BodyObject(body.put())) || !body) return E_FAIL;
 
-    if (code == kTransferNone) {
-      // The body as it stands, whatever it holds.
-      hr = output->CopyFrom(body.get());
-      if (FAILED(hr)) return hr;
-      *ppVal = output.detach();
-      return S_OK;
-    }
-    DataBytes bytes;
-    if (FAILED(ReadDataBytes(body.get(), &bytes)) || bytes.data() == nullptr) return E_FAIL;
-    // The work buffer is exactly the body's Length (no decoder writes more);
-    // the result holds the produced bytes only, so nothing the decoders left
-    // behind the decoded count can reach a host.
-    std::string work(bytes.length, '\0');
-    std::string_view in = bytes.Span();
-    if (in.size() > work.size()) in = in.substr(0, work.size());
-    size_t produced = 0;
-    if (!Decode(code, in, work.data(), &produced) || produced == 0) return E_FAIL;
-    work.resize(produced);
-    output->SetStore(ByteStore::FromBytes(std::move(work)));
+  if (code == kTransferNone) {
+    // The body as it stands, whatever it holds.
+    hr = output->CopyFrom(body.get());
+    if (FAILED(hr)) return hr;
     *ppVal = output.detach();
     return S_OK;
-  });
+  }
+  DataBytes bytes;
+  if (FAILED(ReadDataBytes(body.get(), &bytes)) || bytes.data() == nullptr) return E_FAIL;
+  // The work buffer is exactly the body's Length (no decoder writes more);
+  // the result holds the produced bytes only, so nothing the decoders left
+  // behind the decoded count can reach a host.
+  std::string work(bytes.length, '\0');
+  std::string_view in = bytes.Span();
+  if (in.size() > work.size()) in = in.substr(0, work.size());
+  size_t produced = 0;
+  if (!Decode(code, in, work.data(), &produced) || produced == 0) return E_FAIL;
+  work.resize(produced);
+  output->SetStore(ByteStore::FromBytes(std::move(work)));
+  *ppVal = output.detach();
+  return S_OK;
 }
 
 }  // namespace pv

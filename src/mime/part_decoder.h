@@ -12,7 +12,9 @@ class PartDecoder final : public ComObject<PartDecoder, IEMSMimePartDecoder> {
  public:
   explicit PartDecoder(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSMimePartDecoder(PV_OVERRIDE_MEMBER)
+  // IEMSMimePartDecoder in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoDecodePart(IEMSMimePart* pPart, IEMSDataObject** ppVal);
 };
 
 }  // namespace pv

@@ -13,7 +13,9 @@ class PartEncoder final : public ComObject<PartEncoder, IEMSMimePartEncoder> {
  public:
   explicit PartEncoder(IUnknown* outer) : ComObject(outer) {}
 
-  PV_MEMBERS_IEMSMimePartEncoder(PV_OVERRIDE_MEMBER)
+  // IEMSMimePartEncoder in plain form: the generated producer calls each of these
+  // after its null checks, inside Guard.
+  HRESULT DoEncodePart(IEMSMimePart* pPart, BSTR bszName);
 };
 
 }  // namespace pv

@@ -6,9 +6,8 @@
 //
 // Built for the machine that runs the build (it only prints text), also
 // when the library itself is cross-compiled; it links the identifiers and
-// their text form only.
+// their text form and the member lists only.
 #include <parcelvane/identifiers.h>
-#include <parcelvane/interfaces.h>
 
 #include <fstream>
 #include <iostream>
@@ -19,40 +18,21 @@
 
 #include "src/com/dispatch_ids.h"
 #include "src/com/guid_text.h"
+#include "tools/member_lists/member_lists.h"
 
 namespace {
 
-enum class Kind { kMethod, kGet, kPut };
-
-struct Member {
-  Kind kind;
-  const char* name;
-  const char* params;  // "(BSTR bszVal, BSTR* pVal)"
-  int optional;
-};
-
-struct Interface {
-  const char* name;
-  GUID iid;
-  std::vector<Member> members;
-};
+using pv::lists::Interface;
+using pv::lists::Kind;
+using pv::lists::Member;
+using pv::lists::Param;
+using pv::lists::SplitParams;
 
 struct Class {
   const char* name;
   const char* defaultInterface;
   GUID clsid;
 };
-
-#define PV_KIND_METHOD Kind::kMethod
-#define PV_KIND_GET Kind::kGet
-#define PV_KIND_PUT Kind::kPut
-#define PV_MEMBER_ENTRY(kind, name, params, optional) {PV_KIND_##kind, #name, #params, optional},
-#define PV_INTERFACE_ENTRY(I) {#I, IID_##I, {PV_MEMBERS_##I(PV_MEMBER_ENTRY)}},
-
-const std::vector<Interface>& Interfaces() {
-  static const std::vector<Interface> all = {PV_DUAL_INTERFACES(PV_INTERFACE_ENTRY)};
-  return all;
-}
 
 const std::vector<Class>& Classes() {
 #define PV_CLASS_ENTRY(C, impl, itf, script, scriptName, guid) {#C, #itf, PV_GUID_VALUE(guid)},
@@ -65,40 +45,6 @@ const std::vector<Class>& Classes() {
 std::string Uuid(const GUID& g) {
   std::string text = pv::GuidText(g);
   return text.substr(1, text.size() - 2);
-}
-
-std::string Trim(const std::string& s) {
-  size_t b = s.find_first_not_of(" \t");
-  size_t e = s.find_last_not_of(" \t");
-  return b == std::string::npos ? std::string() : s.substr(b, e - b + 1);
-}
-
-struct Param {
-  std::string type;  // as in C++, "IEMSDataObject**"
-  std::string name;
-};
-
-// "(BSTR bszVal, BSTR* pVal)" as types and names.
-std::vector<Param> SplitParams(const std::string& text) {
-  std::vector<Param> params;
-  std::string inner = text.substr(1, text.size() - 2);
-  std::stringstream list(inner);
-  std::string item;
-  while (std::getline(list, item, ',')) {
-    item = Trim(item);
-    if (item.empty()) continue;
-    size_t split = item.find_last_of(" *");
-    Param p;
-    p.type = Trim(item.substr(0, split + 1));
-    p.name = item.substr(split + 1);
-    std::string compact;
-    for (char c : p.type) {
-      if (c != ' ') compact += c;
-    }
-    p.type = compact;
-    params.push_back(p);
-  }
-  return params;
 }
 
 // The automation type of a C++ parameter type, and whether it is the
@@ -178,8 +124,11 @@ bool WriteIdl(std::ostream& out) {
       << "[\n  uuid(" << Uuid(LIBID_PARCELVANELib) << "),\n  version(" << PV_LIBRARY_VERSION_MAJOR << "."
       << PV_LIBRARY_VERSION_MINOR << "),\n  helpstring(\"" << PV_LIBRARY_DESCRIPTION << "\")\n]\n"
       << "library " << PV_LIBRARY_NAME << "\n{\n  importlib(\"stdole2.tlb\");\n\n";
-  for (const Interface& itf : Interfaces()) out << "  interface " << itf.name << ";\n";
-  for (const Interface& itf : Interfaces()) {
+  for (const Interface& itf : pv::lists::Interfaces()) {
+    if (itf.dual) out << "  interface " << itf.name << ";\n";
+  }
+  for (const Interface& itf : pv::lists::Interfaces()) {
+    if (!itf.dual) continue;  // the content-state interfaces have no description
     out << "\n  [\n    object,\n    uuid(" << Uuid(itf.iid) << "),\n    dual,\n    nonextensible,\n"
         << "    helpstring(\"" << itf.name << " Interface\"),\n    pointer_default(unique)\n  ]\n"
         << "  interface " << itf.name << " : IDispatch\n  {\n";
