@@ -263,7 +263,14 @@ class PartTreeWriter {
     if (out_->empty() && block.empty()) out_->append("\r\n");
     const size_t from = out_->size();
     out_->append(block).append("\r\n");
-    if (!open_.empty()) KeepDelimitersOutOfHeaderBlock(from);
+    if (open_.empty()) return;
+    KeepDelimitersOutOfHeaderBlock(from);
+    // A later child's first field line that begins with a delimiter and
+    // "--" would close a multipart after the line break of the delimiter
+    // line before it (the input had lines the parse drops in between): an
+    // empty line ended by a bare LF comes first, which the parse drops too.
+    // A first child stays glued to its delimiter instead (see Step).
+    if (frames_.back().next > 1 && open_.ClosingAt(*out_, from)) out_->insert(from, 1, '\n');
   }
 
   // The header block just written, from `from` to the end, inside the

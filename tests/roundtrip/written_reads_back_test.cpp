@@ -288,6 +288,21 @@ TEST(WrittenReadsBack, FieldEndingWithTheDelimiterKeepsItsBareLineBreak) {
   EXPECT_EQ(CheckMessage("MIME-Version: 1.0\r\n" + last), "");
 }
 
+// A later child whose first field line begins with the delimiter and "--"
+// (lines the parse drops stood before it) gets an empty line ended by a
+// bare LF first: right after the delimiter line it would close the
+// multipart.
+TEST(WrittenReadsBack, LaterChildWhoseFirstFieldWouldCloseTheMultipartKeepsItsDistance) {
+  const std::string x = "Content-Type:multipart/;boundary=r\r\n\r\n--r\r\n\r\n--r\r\n\n--r--:\r\n\r\n--r";
+  auto part = Parsed(x);
+  ASSERT_EQ(ChildCount(part.get()), 2);
+  EXPECT_EQ(Assembled(part.get()),
+            "Content-Type: multipart/;\r\n\tboundary=\"r\"\r\n\r\n--r\r\n\r\n--r\r\n\n--r--: "
+            "\r\n\r\n\r\n--r--\r\n");
+  EXPECT_EQ(CheckPart(x), "");
+  EXPECT_EQ(CheckMessage(x), "");
+}
+
 TEST(WrittenReadsBack, ParameterValueWithASemicolonIsEncoded) {
   EXPECT_EQ(AssembledAttribute("filename", "a;b.txt"), "filename=\"=?utf-8?B?YTtiLnR4dA==?=\"");
   const std::string x = "Content-Disposition: attachment; filename*=utf-8''r%C3%A9sum%C3%A9%3B1.pdf\r\n\r\nx";
