@@ -397,12 +397,10 @@ HRESULT MessageParameter::GetAttributes(IEMSMimeAttributes** ppVal) {
 HRESULT MessageParameter::PutAttributes(IEMSMimeAttributes* pVal) {
   if (pVal == nullptr) return E_POINTER;
   if (pVal == attributes_.get()) return S_OK;
-  return Guard([&] {
-    attributes_.Reset(pVal);
-    pendingParameters_.clear();
-    parametersPending_ = false;
-    return S_OK;
-  });
+  attributes_.Reset(pVal);
+  pendingParameters_.clear();
+  parametersPending_ = false;
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- mailboxes
