@@ -1,32 +1,18 @@
 #include "src/member_lists.h"
 
+#include "tools/member_lists/member_lists.h"
+
 #include <cctype>
 
 namespace pvpy {
 namespace {
 
-std::string Trim(std::string_view text) {
-  size_t begin = 0, end = text.size();
-  while (begin < end && std::isspace(static_cast<unsigned char>(text[begin]))) ++begin;
-  while (end > begin && std::isspace(static_cast<unsigned char>(text[end - 1]))) --end;
-  return std::string(text.substr(begin, end - begin));
-}
-
-// One declaration such as "IEMSMimePart** ppVal": its type, its name, and
-// whether it is the result place.
-Param ParseParam(const std::string& declaration, bool* is_result) {
-  const size_t split = declaration.find_last_of(" *");
-  std::string type = Trim(declaration.substr(0, split + 1));
-  Param param{ValueType::kVariant, "", Trim(declaration.substr(split + 1))};
-  int stars = 0;
-  while (!type.empty() && (type.back() == '*' || type.back() == ' ')) {
-    if (type.back() == '*') ++stars;
-    type.pop_back();
-  }
-  const bool object = type.compare(0, 4, "IEMS") == 0;
-  *is_result = object ? stars == 2 : stars == 1;
-  param.type_name = type;
-  if (object) {
+// A parameter of the shared reading as the binding converts it.
+Param ConvertedParam(const pv::lists::Param& declared) {
+  std::string type = declared.type;
+  while (!type.empty() && type.back() == '*') type.pop_back();
+  Param param{ValueType::kVariant, type, declared.name};
+  if (type.compare(0, 4, "IEMS") == 0) {
     param.type = ValueType::kObject;
   } else if (type == "LONG") {
     param.type = ValueType::kLong;
@@ -38,53 +24,45 @@ Param ParseParam(const std::string& declaration, bool* is_result) {
   return param;
 }
 
-Member MakeMember(const char* name, MemberKind kind, const char* params, int optional) {
-  Member member{name, kind, {}, optional};
-  // `params` is the list as written: "(BSTR bszVal, BSTR* pVal)".
-  std::string text = Trim(params);
-  if (text.size() >= 2) text = text.substr(1, text.size() - 2);
-  size_t start = 0;
-  while (start < text.size()) {
-    size_t comma = text.find(',', start);
-    if (comma == std::string::npos) comma = text.size();
-    const std::string declaration = Trim(std::string_view(text).substr(start, comma - start));
-    start = comma + 1;
-    if (declaration.empty()) continue;
-    bool is_result = false;
-    Param param = ParseParam(declaration, &is_result);
-    if (is_result) {
-      member.has_result = true;
-      member.result = param;
-    } else {
-      member.in.push_back(param);
-    }
+MemberKind KindOf(pv::lists::Kind kind) {
+  switch (kind) {
+    case pv::lists::Kind::kGet:
+      return MemberKind::kGet;
+    case pv::lists::Kind::kPut:
+      return MemberKind::kPut;
+    case pv::lists::Kind::kMethod:
+      break;
   }
-  return member;
+  return MemberKind::kMethod;
 }
 
-#define PVPY_KIND_METHOD MemberKind::kMethod
-#define PVPY_KIND_GET MemberKind::kGet
-#define PVPY_KIND_PUT MemberKind::kPut
-#define PVPY_MEMBER(kind, name, params, optional) \
-  info.members.push_back(MakeMember(#name, PVPY_KIND_##kind, #params, optional));
-#define PVPY_INTERFACE(I)                                        \
-  {                                                              \
-    InterfaceInfo info;                                          \
-    info.interface_name = #I;                                    \
-    info.class_name = std::string(#I).substr(1);                 \
-    info.iid = &IID_##I;                                         \
-    PV_MEMBERS_##I(PVPY_MEMBER) list.push_back(std::move(info)); \
-  }
-
+// The late-bound interfaces of the shared reading of the member lists.
 std::vector<InterfaceInfo> Build() {
   std::vector<InterfaceInfo> list;
-  PV_DUAL_INTERFACES(PVPY_INTERFACE)
-  for (InterfaceInfo& info : list) {
+  for (const pv::lists::Interface& declared : pv::lists::Interfaces()) {
+    if (!declared.dual) continue;
+    InterfaceInfo info;
+    info.interface_name = declared.name;
+    info.class_name = info.interface_name.substr(1);
+    info.iid = &declared.iid;
+    for (const pv::lists::Member& m : declared.members) {
+      Member member{m.name, KindOf(m.kind), {}, m.optional};
+      for (const pv::lists::Param& p : pv::lists::SplitParams(m.params)) {
+        if (pv::lists::IsResultPlace(p.type)) {
+          member.has_result = true;
+          member.result = ConvertedParam(p);
+        } else {
+          member.in.push_back(ConvertedParam(p));
+        }
+      }
+      info.members.push_back(std::move(member));
+    }
     // The parts list is the one collection: For Each and parts(0) in scripts.
     if (info.interface_name == "IEMSMimeParts") {
       info.item = "Part";
       info.count = "PartsCount";
     }
+    list.push_back(std::move(info));
   }
   return list;
 }
