@@ -40,11 +40,18 @@ class Adapted {
   explicit Adapted(I* object) { Reset(object); }
   explicit Adapted(ComPtr<I> object) { Reset(std::move(object)); }
 
-  Adapted(const Adapted& other) { Reset(other.object_); }
+  // A copy keeps the decision: the library's own object is shared, another
+  // implementation's gets an adapter of its own.
+  Adapted(const Adapted& other) : object_(other.object_), access_(other.CopiedAccess()) {}
   Adapted(Adapted&& other) noexcept
       : object_(std::move(other.object_)), access_(std::exchange(other.access_, 0)) {}
   Adapted& operator=(const Adapted& other) {
-    if (this != &other) Reset(other.object_);
+    if (this != &other) {
+      const uintptr_t access = other.CopiedAccess();
+      DeleteAdapter();
+      object_ = other.object_;
+      access_ = access;
+    }
     return *this;
   }
   Adapted& operator=(Adapted&& other) noexcept {
@@ -91,6 +98,11 @@ class Adapted {
   // Adapters are heap objects, so their addresses leave the lowest bit
   // free to say that the holder owns one.
   static constexpr uintptr_t kAdapterBit = 1;
+
+  uintptr_t CopiedAccess() const {
+    if ((access_ & kAdapterBit) == 0) return access_;
+    return reinterpret_cast<uintptr_t>(AccessTraits<Access>::NewForeign(object_.get())) | kAdapterBit;
+  }
 
   void DeleteAdapter() {
     if ((access_ & kAdapterBit) != 0) delete access();
