@@ -2,8 +2,10 @@
 // DecodedMailboxes. The first byte picks the list's code page and
 // encoding, whether names are decoded, and whether the rest is read as
 // ANSI bytes or as UTF-16 units (which reaches the wide split's low-byte
-// blank test and characters outside the ANSI page).
+// blank test and characters outside the ANSI page). ANSI bytes are also
+// handed to the narrow parse, which must give what the wide one gives.
 #include <cstddef>
+#include <cstdlib>
 #include <cstdint>
 #include <string_view>
 
@@ -39,6 +41,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   list->AssembleMailboxes(assembled.put());
   Bstr decoded;
   list->get_DecodedMailboxes(decoded.put());
+
+  if ((settings & 0x40) == 0) {
+    ComPtr<HeaderMailboxes> narrow;
+    if (FAILED(MakeObject(&narrow))) return 0;
+    narrow->put_DefaultCodePage(kCodePages[settings & 7]);
+    narrow->put_DefaultEncoding((settings >> 3) & 3);
+    narrow->ParseAnsi(std::string_view(reinterpret_cast<const char*>(data + 1), size - 1),
+                      (settings & 0x80) != 0);
+    Bstr narrowAssembled;
+    narrow->AssembleMailboxes(narrowAssembled.put());
+    Bstr narrowDecoded;
+    narrow->get_DecodedMailboxes(narrowDecoded.put());
+    if (View(narrowAssembled.get()) != View(assembled.get()) ||
+        View(narrowDecoded.get()) != View(decoded.get())) {
+      std::abort();
+    }
+  }
 
   // The wire form parses again.
   ComPtr<HeaderMailboxes> again;

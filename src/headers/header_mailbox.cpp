@@ -1,6 +1,6 @@
 #include "src/headers/header_mailbox.h"
 
-#include "src/headers/header_charset.h"
+#include "src/headers/mailbox_name.h"
 #include "src/headers/mailbox_text.h"
 #include "src/platform/codepage.h"
 #include "src/com/creators.h"
@@ -10,13 +10,6 @@ namespace pv {
 HRESULT CreateEMSHeaderMailbox(IUnknown* outer, REFIID riid, void** ppv) {
   return CreateInstance<HeaderMailbox>(outer, riid, ppv);
 }
-
-namespace {
-
-// Names are encoded as for a From field, whatever field the mailbox is in.
-constexpr size_t kFromNameLength = 4;
-
-}  // namespace
 
 void HeaderMailbox::Clear() {
   name_.clear();
@@ -36,42 +29,16 @@ HRESULT HeaderMailbox::Parse(std::string_view ansiText) {
   MailboxParts<char> parts = SplitMailbox(ansiText);
   encodedName_ = std::move(parts.name);
   address_ = std::move(parts.address);
-  if (encodedName_.empty()) return S_OK;
-  ComPtr<HeaderCharset> charset;
-  HRESULT hr = MakeObject(&charset);
-  if (FAILED(hr)) return hr;
-  charset->SetDefaultCodePage(defaultCodePage_);
-  charset->SetDefaultEncoding(defaultEncoding_);
-  hr = charset->Decode(encodedName_, &name_);
-  if (FAILED(hr)) return hr;
-  // So that the name is written back in the charset and encoding it came in.
-  defaultCodePage_ = charset->headerCodePage();
-  defaultEncoding_ = charset->defaultEncoding();
-  return S_OK;
+  return DecodeMailboxName(encodedName_, &defaultCodePage_, &defaultEncoding_, &name_);
 }
 
 HRESULT HeaderMailbox::Assemble(std::string* ansiOut) {
-  if (name_.empty()) {
-    encodedName_.clear();
-  } else {
-    ComPtr<HeaderCharset> charset;
-    HRESULT hr = MakeObject(&charset);
-    if (FAILED(hr)) return hr;
-    charset->SetDefaultCodePage(defaultCodePage_);
-    charset->SetDefaultEncoding(defaultEncoding_);
-    charset->SetHeaderNameLength(kFromNameLength);
-    WString encoded;
-    hr = charset->Encode(name_, &encoded);
-    if (FAILED(hr)) return hr;
-    encodedName_ = WideToAnsi(encoded);
-  }
+  std::string encoded;
+  HRESULT hr = EncodeMailboxName(name_, defaultCodePage_, defaultEncoding_, &encoded);
+  if (FAILED(hr)) return hr;
+  encodedName_ = std::move(encoded);
   ansiOut->clear();
-  if (encodedName_.empty()) {
-    ansiOut->assign(address_);
-    return S_OK;
-  }
-  // Always quoted, and nothing inside is escaped.
-  ansiOut->append("\"").append(encodedName_).append("\" <").append(address_).append(">");
+  AppendMailboxWireForm(encodedName_, address_, ansiOut);
   return S_OK;
 }
 

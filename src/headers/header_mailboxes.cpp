@@ -1,5 +1,8 @@
 #include "src/headers/header_mailboxes.h"
 
+#include <new>
+
+#include "src/headers/mailbox_name.h"
 #include "src/headers/mailbox_text.h"
 #include "src/platform/codepage.h"
 #include "src/com/creators.h"
@@ -10,21 +13,63 @@ HRESULT CreateEMSHeaderMailboxes(IUnknown* outer, REFIID riid, void** ppv) {
   return CreateInstance<HeaderMailboxes>(outer, riid, ppv);
 }
 
-HRESULT HeaderMailboxes::FinalConstruct() { return MakeObject(&working_); }
-
 HeaderMailboxes::Slot HeaderMailboxes::SlotOf(LONG index) const {
   if (index < 0) return Slot::kNegative;
-  return static_cast<size_t>(index) < names_.size() ? Slot::kStored : Slot::kPastTheEnd;
+  return static_cast<size_t>(index) < entries_.size() ? Slot::kStored : Slot::kPastTheEnd;
 }
 
 bool HeaderMailboxes::CanStoreAt(LONG index) const {
   return index == kAppend || SlotOf(index) == Slot::kStored;
 }
 
+void HeaderMailboxes::StoreAt(LONG index, Entry entry) {
+  if (index == kAppend) {
+    entries_.push_back(std::move(entry));
+  } else {
+    entries_[static_cast<size_t>(index)] = std::move(entry);
+  }
+}
+
+// ---------------------------------------------------------------- entries
+HeaderMailboxes::Entry HeaderMailboxes::EncodedEntry(std::string_view wire) const {
+  MailboxParts<char> parts = SplitMailbox(wire);
+  Entry entry;
+  entry.encodedName = std::move(parts.name);
+  entry.namePending = !entry.encodedName.empty();
+  entry.nameCodePage = defaultCodePage_;
+  entry.nameEncoding = defaultEncoding_;
+  entry.address = std::move(parts.address);
+  return entry;
+}
+
+// What decoding learns about the name's page and encoding is not kept: the
+// list writes every name with its own settings.
+const WString& HeaderMailboxes::NameOf(Entry& entry) {
+  if (entry.namePending) {
+    LONG codePage = entry.nameCodePage;
+    LONG encoding = entry.nameEncoding;
+    if (FAILED(DecodeMailboxName(entry.encodedName, &codePage, &encoding, &entry.name)))
+      throw std::bad_alloc();
+    entry.namePending = false;
+    std::string().swap(entry.encodedName);
+  }
+  return entry.name;
+}
+
+WString HeaderMailboxes::WideAddressOf(const Entry& entry) {
+  if (const WString* given = std::get_if<WString>(&entry.address)) return *given;
+  return AnsiToWide(std::get<std::string>(entry.address));
+}
+
+// The bytes the wide address gives in the ANSI page.
+std::string HeaderMailboxes::AnsiAddressOf(const Entry& entry) {
+  if (const WString* given = std::get_if<WString>(&entry.address)) return WideToAnsi(*given);
+  return AnsiRoundTrip(std::get<std::string>(entry.address));
+}
+
 // ---------------------------------------------------------------- parsing
 HRESULT HeaderMailboxes::Parse(WStringView text, bool encoded) {
-  names_.clear();
-  addresses_.clear();
+  entries_.clear();
   for (WStringView piece : SplitMailboxList(text)) {
     HRESULT hr = encoded ? SetEncodedMailbox(kAppend, piece) : SetDecodedMailbox(kAppend, piece);
     if (FAILED(hr)) return hr;
@@ -33,43 +78,42 @@ HRESULT HeaderMailboxes::Parse(WStringView text, bool encoded) {
 }
 
 HRESULT HeaderMailboxes::ParseAnsi(std::string_view ansiText, bool encoded) {
-  return Parse(AnsiToWide(ansiText), encoded);
+  if (!encoded || !AnsiKeepsEveryByte()) return Parse(AnsiToWide(ansiText), encoded);
+  entries_.clear();
+  for (std::string_view piece : SplitMailboxList(ansiText)) entries_.push_back(EncodedEntry(piece));
+  return S_OK;
 }
 
 HRESULT HeaderMailboxes::SetMailboxData(LONG index, WStringView name, WStringView address) {
   if (!CanStoreAt(index)) return E_INVALIDARG;
-  if (index == kAppend) {
-    names_.emplace_back(name);
-    addresses_.emplace_back(address);
-    return S_OK;
-  }
-  names_[static_cast<size_t>(index)].assign(name);
-  addresses_[static_cast<size_t>(index)].assign(address);
+  Entry entry;
+  entry.name.assign(name);
+  entry.address = WString(address);
+  StoreAt(index, std::move(entry));
   return S_OK;
 }
 
-// The split needs no settings: none are copied in.
+// The split needs no settings and decodes nothing.
 HRESULT HeaderMailboxes::SetDecodedMailbox(LONG index, WStringView text) {
   if (!CanStoreAt(index)) return E_INVALIDARG;
-  working_->Split(text);
-  return SetMailboxData(index, working_->name(), AnsiToWide(working_->address()));
+  MailboxParts<OLECHAR> parts = SplitMailbox(text);
+  Entry entry;
+  entry.name = std::move(parts.name);
+  entry.address = WideToAnsi(parts.address);
+  StoreAt(index, std::move(entry));
+  return S_OK;
 }
 
-// What the parse learns about the name's page and encoding stays in the
-// working mailbox; the list's own settings do not change.
 HRESULT HeaderMailboxes::SetEncodedMailbox(LONG index, WStringView text) {
   if (!CanStoreAt(index)) return E_INVALIDARG;
-  working_->SetDefaultCodePage(defaultCodePage_);
-  working_->SetDefaultEncoding(defaultEncoding_);
-  HRESULT hr = working_->Parse(WideToAnsi(text));
-  if (FAILED(hr)) return hr;
-  return SetMailboxData(index, working_->name(), AnsiToWide(working_->address()));
+  StoreAt(index, EncodedEntry(WideToAnsi(text)));
+  return S_OK;
 }
 
 // ---------------------------------------------------------------- output
-void HeaderMailboxes::AppendDecodedMailbox(size_t i, WString* out) const {
-  const WString& name = names_[i];
-  const WString& address = addresses_[i];
+void HeaderMailboxes::AppendDecodedMailbox(size_t i, WString* out) {
+  const WString& name = NameOf(entries_[i]);
+  WString address = WideAddressOf(entries_[i]);
   if (name.empty()) {
     out->append(address);
     return;
@@ -81,9 +125,9 @@ void HeaderMailboxes::AppendDecodedMailbox(size_t i, WString* out) const {
   out->push_back(OLECHAR('>'));
 }
 
-void HeaderMailboxes::AppendDecoded(WString* out) const {
+void HeaderMailboxes::AppendDecoded(WString* out) {
   WString item;
-  for (size_t i = 0; i < names_.size(); ++i) {
+  for (size_t i = 0; i < entries_.size(); ++i) {
     item.clear();
     AppendDecodedMailbox(i, &item);
     if (item.empty()) continue;  // an empty item adds no comma
@@ -93,20 +137,16 @@ void HeaderMailboxes::AppendDecoded(WString* out) const {
 }
 
 HRESULT HeaderMailboxes::AppendEncodedMailbox(size_t i, std::string* ansiOut) {
-  working_->SetDefaultCodePage(defaultCodePage_);
-  working_->SetDefaultEncoding(defaultEncoding_);
-  working_->SetName(names_[i]);
-  working_->SetAddress(WideToAnsi(addresses_[i]));
-  std::string mailbox;
-  HRESULT hr = working_->Assemble(&mailbox);
+  std::string encodedName;
+  HRESULT hr = EncodeMailboxName(NameOf(entries_[i]), defaultCodePage_, defaultEncoding_, &encodedName);
   if (FAILED(hr)) return hr;
-  ansiOut->append(mailbox);
+  AppendMailboxWireForm(encodedName, AnsiAddressOf(entries_[i]), ansiOut);
   return S_OK;
 }
 
 HRESULT HeaderMailboxes::AssembleAnsi(std::string* ansiOut) {
   ansiOut->clear();
-  for (size_t i = 0; i < names_.size(); ++i) {
+  for (size_t i = 0; i < entries_.size(); ++i) {
     if (i > 0) ansiOut->append(",\r\n\t");
     HRESULT hr = AppendEncodedMailbox(i, ansiOut);
     if (FAILED(hr)) return hr;
@@ -124,8 +164,7 @@ HRESULT HeaderMailboxes::Assemble(WString* out) {
 
 // ---------------------------------------------------------------- interface
 HRESULT HeaderMailboxes::DoParseMailboxes(BSTR bszVal, LONG bEncoded) {
-  names_.clear();
-  addresses_.clear();
+  entries_.clear();
   if (bszVal == nullptr) return E_POINTER;
   return Parse(View(bszVal), bEncoded != 0);
 }
@@ -138,8 +177,7 @@ HRESULT HeaderMailboxes::DoAssembleMailboxes(BSTR* pVal) {
 }
 
 HRESULT HeaderMailboxes::DoRemoveAll() {
-  names_.clear();
-  addresses_.clear();
+  entries_.clear();
   return S_OK;
 }
 
@@ -147,13 +185,12 @@ HRESULT HeaderMailboxes::DoRemoveMailbox(LONG nIdx) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  names_.erase(names_.begin() + nIdx);
-  addresses_.erase(addresses_.begin() + nIdx);
+  entries_.erase(entries_.begin() + nIdx);
   return S_OK;
 }
 
 HRESULT HeaderMailboxes::GetCount(LONG* pVal) {
-  *pVal = static_cast<LONG>(names_.size());
+  *pVal = static_cast<LONG>(entries_.size());
   return S_OK;
 }
 
@@ -161,14 +198,14 @@ HRESULT HeaderMailboxes::GetMailboxName(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  return ReturnBstr(names_[static_cast<size_t>(nIdx)], pVal);
+  return ReturnBstr(NameOf(entries_[static_cast<size_t>(nIdx)]), pVal);
 }
 
 HRESULT HeaderMailboxes::GetMailboxAddress(LONG nIdx, BSTR* pVal) {
   Slot slot = SlotOf(nIdx);
   if (slot == Slot::kNegative) return E_INVALIDARG;
   if (slot == Slot::kPastTheEnd) return S_OK;
-  return ReturnBstr(addresses_[static_cast<size_t>(nIdx)], pVal);
+  return ReturnBstr(WideAddressOf(entries_[static_cast<size_t>(nIdx)]), pVal);
 }
 
 HRESULT HeaderMailboxes::PutMailboxData(LONG nIdx, BSTR bszName, BSTR bszAddress) {

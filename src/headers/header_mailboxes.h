@@ -1,9 +1,11 @@
 // EMSHeaderMailboxes: the address list of one address field. Splits the
-// field value into mailboxes, keeps each as a decoded display name and an
-// address, and gives them back one by one or as a whole, decoded or in
-// wire form. One working EMSHeaderMailbox, made with the list, does every
-// split, decoding and encoding; the list copies its code page and encoding
-// into it before each use.
+// field value into mailboxes, keeps each as a display name and an address,
+// and gives them back one by one or as a whole, decoded or in wire form.
+//
+// The list keeps what it parsed in the field's narrow text: a display name
+// stays in wire form until something reads it, and an address is widened
+// only when it is read. An address a host puts whole is kept as given, so
+// that it reads back exactly.
 //
 // The header field drives the list through the entry points below, which
 // run the same code as the interface operations without the BSTR copies.
@@ -12,9 +14,9 @@
 
 #include <string>
 #include <string_view>
+#include <variant>
 #include <vector>
 
-#include "src/headers/header_mailbox.h"
 #include "src/platform/strings.h"
 #include "src/com/com_object.h"
 #include "src/com/stored_property.h"
@@ -24,7 +26,6 @@ namespace pv {
 class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailboxes> {
  public:
   explicit HeaderMailboxes(IUnknown* outer) : ComObject(outer) {}
-  HRESULT FinalConstruct() override;
 
   // IEMSHeaderMailboxes in plain form: the generated producer calls each of these
   // after its null checks, inside Guard.
@@ -50,15 +51,17 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
   static constexpr LONG kAppend = -1;
 
   // ParseMailboxes: empties the list and adds every piece of the address
-  // list, decoding the display names when `encoded`. The ANSI form widens
-  // the text first.
+  // list, decoding the display names when `encoded`. The ANSI form splits
+  // the bytes themselves where the ANSI page keeps every byte, and widens
+  // them first elsewhere.
   HRESULT Parse(WStringView text, bool encoded);
   HRESULT ParseAnsi(std::string_view ansiText, bool encoded);
   // AssembleMailboxes: every mailbox in wire form, joined by ",\r\n\t".
   HRESULT Assemble(WString* out);
   HRESULT AssembleAnsi(std::string* ansiOut);
   // DecodedMailboxes: every mailbox as display text, joined by ",".
-  void AppendDecoded(WString* out) const;
+  // Decodes the names not read yet; throws std::bad_alloc when it cannot.
+  void AppendDecoded(WString* out);
 
   // The puts by index: S_OK, or E_INVALIDARG for an index that is neither
   // kAppend nor that of a stored mailbox.
@@ -66,9 +69,11 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
   HRESULT SetDecodedMailbox(LONG index, WStringView text);
   HRESULT SetEncodedMailbox(LONG index, WStringView text);
 
-  size_t count() const { return names_.size(); }
-  const WString& nameAt(size_t i) const { return names_[i]; }
-  const WString& addressAt(size_t i) const { return addresses_[i]; }
+  size_t count() const { return entries_.size(); }
+  // The display name, decoded on first read (throws std::bad_alloc when it
+  // cannot be), and the address as the interface gives them.
+  const WString& nameAt(size_t i) { return NameOf(entries_[i]); }
+  WString addressAt(size_t i) const { return WideAddressOf(entries_[i]); }
 
  private:
   // Where an index given to a get or to RemoveMailbox points.
@@ -76,14 +81,32 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
   Slot SlotOf(LONG index) const;
   bool CanStoreAt(LONG index) const;
 
-  void AppendDecodedMailbox(size_t i, WString* out) const;
+  // One mailbox. A parsed display name waits in wire form, with the page
+  // and encoding the list had when it was parsed, until its first read.
+  struct Entry {
+    WString name;
+    std::string encodedName;
+    LONG nameCodePage = 0;
+    LONG nameEncoding = 0;
+    bool namePending = false;
+    // ANSI bytes, or the text a host put whole.
+    std::variant<std::string, WString> address;
+  };
+
+  // Stores `entry` at `index`: kAppend or that of a stored mailbox.
+  void StoreAt(LONG index, Entry entry);
+  // An entry for one piece of wire text, its name not decoded yet.
+  Entry EncodedEntry(std::string_view wire) const;
+  static const WString& NameOf(Entry& entry);
+  static WString WideAddressOf(const Entry& entry);
+  static std::string AnsiAddressOf(const Entry& entry);
+
+  void AppendDecodedMailbox(size_t i, WString* out);
   HRESULT AppendEncodedMailbox(size_t i, std::string* ansiOut);
 
   LONG defaultEncoding_ = 0;
   LONG defaultCodePage_ = 0;
-  std::vector<WString> names_;
-  std::vector<WString> addresses_;
-  ComPtr<HeaderMailbox> working_;
+  std::vector<Entry> entries_;
 };
 
 }  // namespace pv

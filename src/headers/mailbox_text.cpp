@@ -68,26 +68,23 @@ MailboxParts<Char> Split(std::basic_string_view<Char> s) {
   return parts;
 }
 
-}  // namespace
-
-MailboxParts<char> SplitMailbox(std::string_view text) { return Split(text); }
-MailboxParts<OLECHAR> SplitMailbox(WStringView text) { return Split(text); }
-
-std::vector<WStringView> SplitMailboxList(WStringView s) {
-  std::vector<WStringView> pieces;
+template <class Char>
+std::vector<std::basic_string_view<Char>> SplitList(std::basic_string_view<Char> s) {
+  using View = std::basic_string_view<Char>;
+  std::vector<View> pieces;
   size_t start = 0;
   bool sawAt = false;
   const size_t n = s.size();
   for (size_t i = 0; i < n; ++i) {
-    OLECHAR c = s[i];
-    if (c == OLECHAR('"')) {
+    Char c = s[i];
+    if (c == Char('"')) {
       i = ClosingQuote(s, i + 1);  // the quote itself is skipped too
-    } else if (c == OLECHAR('<')) {
-      size_t close = s.find(OLECHAR('>'), i + 1);
-      i = close == WStringView::npos ? n : close;
-    } else if (c == OLECHAR('@')) {
+    } else if (c == Char('<')) {
+      size_t close = s.find(Char('>'), i + 1);
+      i = close == View::npos ? n : close;
+    } else if (c == Char('@')) {
       sawAt = true;
-    } else if ((c == OLECHAR(',') || c == OLECHAR(';')) && sawAt) {
+    } else if ((c == Char(',') || c == Char(';')) && sawAt) {
       pieces.push_back(s.substr(start, i - start));
       start = i + 1;
       sawAt = false;
@@ -96,5 +93,13 @@ std::vector<WStringView> SplitMailboxList(WStringView s) {
   if (start < n) pieces.push_back(s.substr(start));
   return pieces;
 }
+
+}  // namespace
+
+MailboxParts<char> SplitMailbox(std::string_view text) { return Split(text); }
+MailboxParts<OLECHAR> SplitMailbox(WStringView text) { return Split(text); }
+
+std::vector<WStringView> SplitMailboxList(WStringView text) { return SplitList(text); }
+std::vector<std::string_view> SplitMailboxList(std::string_view text) { return SplitList(text); }
 
 }  // namespace pv

@@ -29,8 +29,12 @@ MailboxParts<OLECHAR> SplitMailbox(WStringView text);
 
 // Cuts an address list into pieces: "," or ";" ends a piece only after an
 // "@" outside quotes and angle brackets; quoted strings and "<...>" are
-// stepped over whole. The open piece at the end is always handed on.
+// stepped over whole. The open piece at the end is always handed on. The
+// narrow walk gives the same pieces as the wide one only where every byte
+// is one character (AnsiKeepsEveryByte): elsewhere a trail byte may look
+// like a delimiter.
 std::vector<WStringView> SplitMailboxList(WStringView text);
+std::vector<std::string_view> SplitMailboxList(std::string_view text);
 
 }  // namespace pv
 

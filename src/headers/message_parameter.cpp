@@ -5,6 +5,8 @@
 
 #include "src/headers/name_index.h"
 
+#include "src/headers/header_mailbox.h"
+#include "src/headers/header_mailboxes.h"
 #include "src/headers/header_text.h"
 #include "src/headers/mime_attribute.h"
 #include "src/headers/mime_attributes.h"
@@ -58,19 +60,6 @@ HRESULT ReturnNarrow(std::string_view text, BSTR* out) { return ReturnBstr(AnsiT
 Bstr WideBstr(std::string_view ascii) { return Bstr(WidenAscii(ascii)); }
 
 }  // namespace
-
-bool AnsiKeepsEveryByte() {
-  static const bool keeps = [] {
-    UINT page = ResolveCodePage(kCodePageAnsi);
-    return page == kCodePageWindows1252 || page == kCodePageLatin1;
-  }();
-  return keeps;
-}
-
-std::string AnsiRoundTrip(std::string_view bytes) {
-  if (AnsiKeepsEveryByte()) return std::string(bytes);
-  return WideToAnsi(AnsiToWide(bytes));
-}
 
 MessageParameter::MessageParameter(IUnknown* outer)
     : ComObject(outer), defaultCodePage_(static_cast<LONG>(AnsiCodePage())) {}
@@ -404,16 +393,18 @@ HRESULT MessageParameter::PutAttributes(IEMSMimeAttributes* pVal) {
 }
 
 // ---------------------------------------------------------------- mailboxes
+// The mailbox objects are made here and fed the field's narrow text
+// directly; what they return is what the interface parse of the widened
+// text would give.
 HRESULT MessageParameter::GetHeaderMailbox(IEMSHeaderMailbox** ppVal) {
-  ComPtr<IEMSHeaderMailbox> mailbox;
-  HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailbox, &mailbox);
+  ComPtr<HeaderMailbox> mailbox;
+  HRESULT hr = MakeObject(&mailbox);
   if (FAILED(hr)) return hr;
   if (values_.empty()) {
     *ppVal = mailbox.detach();
     return S_FALSE;
   }
-  Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
-  mailbox->ParseMailbox(text.get());
+  mailbox->Parse(AnsiRoundTrip(UnfoldHeaderText(values_.front())));
   *ppVal = mailbox.detach();
   return S_OK;
 }
@@ -430,15 +421,14 @@ HRESULT MessageParameter::PutHeaderMailbox(IEMSHeaderMailbox* pVal) {
 }
 
 HRESULT MessageParameter::GetHeaderMailboxes(IEMSHeaderMailboxes** ppVal) {
-  ComPtr<IEMSHeaderMailboxes> mailboxes;
-  HRESULT hr = CreateClassInstance(CLSID_EMSHeaderMailboxes, &mailboxes);
+  ComPtr<HeaderMailboxes> mailboxes;
+  HRESULT hr = MakeObject(&mailboxes);
   if (FAILED(hr)) return hr;
   if (values_.empty()) {
     *ppVal = mailboxes.detach();
     return S_FALSE;
   }
-  Bstr text(AnsiToWide(UnfoldHeaderText(values_.front())));
-  mailboxes->ParseMailboxes(text.get(), 1);
+  mailboxes->ParseAnsi(UnfoldHeaderText(values_.front()), true);
   *ppVal = mailboxes.detach();
   return S_OK;
 }

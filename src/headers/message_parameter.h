@@ -26,15 +26,6 @@
 
 namespace pv {
 
-// Whether the ANSI code page maps every byte to one character and back
-// (windows-1252, ISO-8859-1), so that narrow text survives a round trip
-// through wide text unchanged.
-bool AnsiKeepsEveryByte();
-
-// `bytes` as they come back from a round trip through wide text in the
-// ANSI code page: unchanged where the page keeps every byte.
-std::string AnsiRoundTrip(std::string_view bytes);
-
 class MessageParameter final
     : public ComObject<MessageParameter, IEMSMessageParameter, IEMSContentType, IEMSContentDisposition>,
       public FieldAccess {

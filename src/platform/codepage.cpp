@@ -37,4 +37,17 @@ std::string WideToAnsi(WStringView in) {
   return out;
 }
 
+bool AnsiKeepsEveryByte() {
+  static const bool keeps = [] {
+    UINT page = ResolveCodePage(kCodePageAnsi);
+    return page == kCodePageWindows1252 || page == kCodePageLatin1;
+  }();
+  return keeps;
+}
+
+std::string AnsiRoundTrip(std::string_view bytes) {
+  if (AnsiKeepsEveryByte()) return std::string(bytes);
+  return WideToAnsi(AnsiToWide(bytes));
+}
+
 }  // namespace pv

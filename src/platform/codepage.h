@@ -50,6 +50,16 @@ std::string WideToAnsi(WStringView in);
 // Shorthand for a BSTR argument.
 inline std::string BstrToAnsi(BSTR s) { return WideToAnsi(View(s)); }
 
+// Whether the ANSI code page maps every byte to one character and back
+// (windows-1252, ISO-8859-1), so that narrow text survives a round trip
+// through wide text unchanged and ASCII delimiters can be found in it byte
+// by byte.
+bool AnsiKeepsEveryByte();
+
+// `bytes` as they come back from a round trip through wide text in the
+// ANSI code page: unchanged where the page keeps every byte.
+std::string AnsiRoundTrip(std::string_view bytes);
+
 }  // namespace pv
 
 #endif  // PARCELVANE_SRC_PLATFORM_CODEPAGE_H

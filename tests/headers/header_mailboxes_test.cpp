@@ -4,6 +4,8 @@
 #include "src/headers/header_mailboxes.h"
 
 #include <chrono>
+#include <cstdint>
+#include <iterator>
 
 #include "tests/test_util.h"
 
@@ -197,6 +199,28 @@ TEST_F(HeaderMailboxesTest, NamesInSeveralCharsetsDecode) {
   EXPECT_EQ(NameAt(2), "日本");
   EXPECT_EQ(NameAt(3), "Zoë");
   EXPECT_EQ(Decoded(), "\"André\" <a@x>,\"Привет\" <p@x>,\"日本\" <n@x>,\"Zoë\" <z@x>");
+}
+
+TEST_F(HeaderMailboxesTest, NameReadAfterASettingsChangeDecodesWithTheSettingsOfItsParse) {
+  Settings(1251, 0);
+  EXPECT_EQ(Parse("\xC3\xA9\xC3\xB2 <a@x>", 1), S_OK);  // the bytes E9 F2 in the ANSI page
+  Settings(1252, 0);
+  EXPECT_EQ(NameAt(0), "\xD0\xB9\xD1\x82");  // as windows-1251 text
+  EXPECT_EQ(Parse("\xC3\xA9\xC3\xB2 <a@x>", 1), S_OK);
+  EXPECT_EQ(NameAt(0), "\xC3\xA9\xC3\xB2");  // as windows-1252 text
+}
+
+TEST_F(HeaderMailboxesTest, AddressPutWholeReadsBackAsGivenAndAssemblesInTheAnsiPage) {
+  Add("", "\xD0\xB6@x");
+  EXPECT_EQ(AddressAt(0), "\xD0\xB6@x");
+  EXPECT_EQ(DecodedAt(0), "\xD0\xB6@x");
+  EXPECT_EQ(Assemble(), "?@x");
+}
+
+TEST_F(HeaderMailboxesTest, AddressOfADecodedPutIsKeptInTheAnsiPage) {
+  ASSERT_EQ(l_->put_DecodedMailbox(-1, B("Jo <\xD0\xB6@x>").get()), S_OK);
+  EXPECT_EQ(AddressAt(0), "?@x");
+  EXPECT_EQ(NameAt(0), "Jo");
 }
 
 // ---------------------------------------------------------------- output
@@ -430,6 +454,52 @@ TEST_F(HeaderMailboxesTest, NarrowEntryPointsRunTheSameCode) {
   list->AppendDecoded(&decoded);
   EXPECT_EQ(U8(decoded), "a@x,=?utf-8?Q?Zo=C3=AB?= z@y");
   EXPECT_EQ(list->SetMailboxData(7, W("x"), W("y")), E_INVALIDARG);
+}
+
+// The field hands its narrow text to ParseAnsi. Where the ANSI page keeps
+// every byte, that splits the bytes themselves, and must give what the
+// interface parse of the widened text gives.
+TEST_F(HeaderMailboxesTest, NarrowParseGivesWhatTheWideParseGives) {
+  const std::string_view atoms[] = {"a",
+                                    "@",
+                                    ",",
+                                    ";",
+                                    "\"",
+                                    "<",
+                                    ">",
+                                    "\\",
+                                    " ",
+                                    "\t",
+                                    "\r\n",
+                                    "\xE9",
+                                    "\x81",
+                                    std::string_view("\0", 1),
+                                    "=?utf-8?Q?Zo=C3=AB?=",
+                                    "=?koi8-r?B?8NLJ18XU?="};
+  uint32_t seed = 12345;
+  auto next = [&seed] {
+    seed = seed * 1103515245u + 12345u;
+    return seed >> 16;
+  };
+  ComPtr<HeaderMailboxes> narrow;
+  ComPtr<HeaderMailboxes> wide;
+  ASSERT_EQ(MakeObject(&narrow), S_OK);
+  ASSERT_EQ(MakeObject(&wide), S_OK);
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    for (uint32_t n = next() % 24; n > 0; --n) text.append(atoms[next() % std::size(atoms)]);
+    ASSERT_EQ(narrow->ParseAnsi(text, true), S_OK);
+    ASSERT_EQ(wide->Parse(AnsiToWide(text), true), S_OK);
+    ASSERT_EQ(narrow->count(), wide->count()) << text;
+    for (size_t i = 0; i < narrow->count(); ++i) {
+      EXPECT_EQ(narrow->nameAt(i), wide->nameAt(i)) << text;
+      EXPECT_EQ(narrow->addressAt(i), wide->addressAt(i)) << text;
+    }
+    std::string narrowWire, wideWire;
+    EXPECT_EQ(narrow->AssembleAnsi(&narrowWire), S_OK);
+    EXPECT_EQ(wide->AssembleAnsi(&wideWire), S_OK);
+    EXPECT_EQ(narrowWire, wideWire) << text;
+  }
 }
 
 // ---------------------------------------------------------------- late binding

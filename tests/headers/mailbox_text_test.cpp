@@ -85,10 +85,15 @@ TEST(SplitMailbox, WideWalkKeepsOtherCharacters) {
   EXPECT_EQ(U8(m.name), "Ren\xC3\xA9");
 }
 
+// The pieces of the wide walk, checked against those of the narrow walk
+// over the UTF-8 bytes (whose trail bytes are never delimiters).
 std::vector<std::string> Pieces(std::string_view utf8) {
   WString text = W(utf8);
   std::vector<std::string> out;
   for (WStringView piece : SplitMailboxList(text)) out.push_back(U8(piece));
+  std::vector<std::string> narrow;
+  for (std::string_view piece : SplitMailboxList(utf8)) narrow.emplace_back(piece);
+  EXPECT_EQ(narrow, out) << utf8;
   return out;
 }
 

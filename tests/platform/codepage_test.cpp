@@ -125,4 +125,14 @@ TEST(CodePage, AnsiHelpersRoundTripHighBytes) {
 }
 
 }  // namespace
+
+TEST(AnsiRoundTrip, KeepsEveryByteOfTheDefaultPage) {
+  if (std::getenv("PARCELVANE_ACP") != nullptr) GTEST_SKIP() << "PARCELVANE_ACP is set";
+  EXPECT_TRUE(AnsiKeepsEveryByte());
+  std::string all;
+  for (int b = 1; b < 256; ++b) all.push_back(static_cast<char>(b));
+  EXPECT_EQ(AnsiRoundTrip(all), all);
+  EXPECT_EQ(WideToAnsi(AnsiToWide(all)), all);
+}
+
 }  // namespace pv::test
