@@ -301,20 +301,20 @@ HRESULT MessageParameter::DoRemoveAttribute(BSTR bszName) {
   return S_OK;
 }
 
+// The clone takes the name and RawData as they read through the interface.
 HRESULT MessageParameter::DoClone(IEMSMessageParameter** ppVal) {
   FlushDecode();
-  ComPtr<IEMSMessageParameter> clone;
-  HRESULT hr = CreateClassInstance(CLSID_EMSMessageParameter, &clone);
+  ComPtr<MessageParameter> clone;
+  HRESULT hr = MakeObject(&clone);
   if (FAILED(hr)) return hr;
-  Bstr name(AnsiToWide(name_));
-  Bstr raw;
-  hr = get_RawData(raw.put());
+  std::string raw;
+  hr = RawDataNarrow(&raw);
   if (FAILED(hr)) return hr;
-  clone->put_Name(name.get());
-  clone->put_RawData(raw.get());
-  clone->put_DefaultCodePage(defaultCodePage_);
+  clone->name_ = AnsiRoundTrip(name_);
+  clone->SetRawDataText(raw);
+  clone->PutDefaultCodePage(defaultCodePage_);
   // The clone's default encoding receives the code page: kept as it is.
-  clone->put_DefaultEncoding(defaultCodePage_);
+  clone->PutDefaultEncoding(defaultCodePage_);
   *ppVal = clone.detach();
   return S_OK;
 }
@@ -326,11 +326,13 @@ HRESULT MessageParameter::PutName(BSTR newVal) {
   return S_OK;
 }
 
-HRESULT MessageParameter::GetRawData(BSTR* pVal) {
+WString MessageParameter::RawDataWide() {
   WString raw = AnsiToWide(JoinValues(values_));
   if (IsContentField()) raw.append(AssembledAttributes());
-  return ReturnBstr(raw, pVal);
+  return raw;
 }
+
+HRESULT MessageParameter::GetRawData(BSTR* pVal) { return ReturnBstr(RawDataWide(), pVal); }
 
 HRESULT MessageParameter::PutRawData(BSTR newVal) {
   SetRawDataText(BstrToAnsi(newVal));
@@ -643,6 +645,10 @@ HRESULT MessageParameter::AssembleHeaderNarrow(std::string* out) {
 
 HRESULT MessageParameter::RawDataNarrow(std::string* out) {
   return Guard([&] {
+    if (!AnsiKeepsEveryByte()) {
+      *out = WideToAnsi(RawDataWide());
+      return S_OK;
+    }
     *out = JoinValues(values_);
     if (IsContentField()) out->append(AssembledAttributesNarrow());
     return S_OK;

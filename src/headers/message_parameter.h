@@ -93,7 +93,8 @@ class MessageParameter final
   // AssembleHeader as narrow text (without the final conversion to wide).
   HRESULT AssembleHeaderNarrow(std::string* out);
   // RawData as narrow text: the values joined by "\r\n\r\n", then, for a
-  // "Content-" field, its assembled parameters.
+  // "Content-" field, its assembled parameters; the bytes the interface's
+  // wide text gives back in the ANSI page.
   HRESULT RawDataNarrow(std::string* out);
   // ContentType put on narrow text.
   HRESULT SetContentTypeNarrow(std::string_view ansiText);
@@ -175,6 +176,8 @@ class MessageParameter final
   // as the interface gives it and as narrow text.
   WString AssembledAttributes();
   std::string AssembledAttributesNarrow();
+  // RawData as the interface gives it.
+  WString RawDataWide();
   // One line per value: the name, ": " and the value.
   std::string HeaderLines() const;
   std::string ValueLine(const std::string& value) const;

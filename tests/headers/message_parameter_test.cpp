@@ -630,6 +630,17 @@ TEST_F(MessageParameterTest, CloneDoesNotCarryTheContentTypeState) {
   EXPECT_EQ(type, 0);
 }
 
+TEST_F(MessageParameterTest, CloneKeepsEveryCharacterOfNameValuesAndParameters) {
+  field_ = Parsed("Content-\xC3\xA9: a\xC2\x81\r\n b; n\xC3\xA9=\"v\xC3\xA9\"");
+  field_->AddChainHeader(Parsed("Content-\xC3\xA9: c\xC3\xBF").get());
+  ComPtr<IEMSMessageParameter> clone;
+  ASSERT_EQ(field_->Clone(clone.put()), S_OK);
+  EXPECT_EQ(Name(clone.get()), "Content-\xC3\xA9");
+  EXPECT_EQ(Values(clone.get()), (std::vector<std::string>{"a\x81\r\n b", "c\xFF"}));  // the bytes kept
+  EXPECT_EQ(Raw(clone.get()), Raw(field_.get()));
+  EXPECT_EQ(Assembled(clone.get()), Assembled(field_.get()));
+}
+
 TEST_F(MessageParameterTest, CloneNeedsAResultPlace) { EXPECT_EQ(field_->Clone(nullptr), E_POINTER); }
 
 // ---------------------------------------------------------------- name and plain properties
