@@ -286,24 +286,20 @@ std::vector<HeaderLine> MessageView::AllHeaders(bool raw) const {
   std::vector<HeaderLine> lines;
   Ref<IEMSMessageParameters> list;
   if (FAILED(message_->get_AllHeaders(list.put())) || !list) return lines;
-  LONG count = 0;
-  list->get_ParamCount(&count);
-  for (LONG i = 0; i < count; ++i) {
-    Ref<IEMSMessageParameter> field;
-    if (FAILED(list->get_Parameter(i, field.put())) || !field) continue;
+  ForEachField(list.get(), [&](IEMSMessageParameter* field) {
     Bstr name, value;
     field->get_Name(name.put());
     const std::string field_name = name.utf8();
     if (raw) {
       field->get_RawData(value.put());
       for (const std::string& piece : SplitOccurrences(value.utf8())) lines.push_back({field_name, piece});
-      continue;
+      return;
     }
     field->get_DecodedData(value.put());
     std::vector<std::string> pieces = SplitOccurrences(DisplayText(value));
-    if (StartsWithContent(field_name) && !pieces.empty()) pieces.back() += DecodedParameters(field.get());
+    if (StartsWithContent(field_name) && !pieces.empty()) pieces.back() += DecodedParameters(field);
     for (std::string& piece : pieces) lines.push_back({field_name, std::move(piece)});
-  }
+  });
   return lines;
 }
 

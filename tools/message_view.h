@@ -162,6 +162,19 @@ std::string DecodedBytes(IEMSMimePart* part);
 // repaired, see RepairRawUtf8).
 std::string DisplayText(const Bstr& text);
 
+// Calls `each` with every field of `list` in order, skipping entries that
+// cannot be read.
+template <class Each>
+void ForEachField(IEMSMessageParameters* list, Each each) {
+  LONG count = 0;
+  list->get_ParamCount(&count);
+  for (LONG i = 0; i < count; ++i) {
+    Ref<IEMSMessageParameter> field;
+    if (FAILED(list->get_Parameter(i, field.put())) || !field) continue;
+    each(field.get());
+  }
+}
+
 }  // namespace pvtool
 
 #endif  // PARCELVANE_TOOLS_MESSAGE_VIEW_H

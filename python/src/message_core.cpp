@@ -197,16 +197,12 @@ class PartCore {
     std::vector<std::pair<std::string, std::string>> lines;
     Ref<IEMSMessageParameters> list;
     if (FAILED(part_->get_Headers(list.put())) || !list) return lines;
-    LONG count = 0;
-    list->get_ParamCount(&count);
-    for (LONG i = 0; i < count; ++i) {
-      Ref<IEMSMessageParameter> field;
-      if (FAILED(list->get_Parameter(i, field.put())) || !field) continue;
+    pvtool::ForEachField(list.get(), [&](IEMSMessageParameter* field) {
       Bstr name, value;
       field->get_Name(name.put());
       field->get_UnfoldedData(value.put());
       lines.emplace_back(name.utf8(), pvtool::DisplayText(value));
-    }
+    });
     return lines;
   }
 
