@@ -56,30 +56,19 @@ bool StartsWithContent(const std::string& name) {
 }
 
 // Whether a header field of `part` has a parameter named `name`, and its
-// decoded (or `raw`) value. Names compare case-sensitively, as in the library.
+// decoded (or `raw`) value.
 bool FindParameter(IEMSMimePart* part, const char* field_name, std::string_view name, std::string* value,
                    bool raw = false) {
-  Ref<IEMSMessageParameter> field;
-  if (FAILED(part->FindHeader(Bstr(field_name).get(), field.put())) || !field) return false;
-  Ref<IEMSMimeAttributes> attributes;
-  if (FAILED(field->get_Attributes(attributes.put())) || !attributes) return false;
-  LONG count = 0;
-  attributes->get_AttributesCount(&count);
-  for (LONG i = 0; i < count; ++i) {
-    Ref<IEMSMimeAttribute> attribute;
-    Bstr attribute_name, text;
-    if (FAILED(attributes->get_Attribute(i, attribute.put())) || !attribute) continue;
-    attribute->get_Name(attribute_name.put());
-    if (attribute_name.utf8() != name) continue;
-    if (raw) {
-      attribute->get_RawValue(text.put());
-    } else {
-      attribute->get_DecodedValue(text.put());
-    }
-    *value = text.utf8();
-    return true;
+  Ref<IEMSMimeAttribute> attribute = FindPartParameter(part, field_name, name);
+  if (!attribute) return false;
+  Bstr text;
+  if (raw) {
+    attribute->get_RawValue(text.put());
+  } else {
+    attribute->get_DecodedValue(text.put());
   }
-  return false;
+  *value = text.utf8();
+  return true;
 }
 
 // What the tree walk reads of one part; a multipart's size comes from the
@@ -425,6 +414,23 @@ std::string DecodedBytes(IEMSMimePart* part) {
   Ref<IEMSDataObject> decoded;
   if (part->get_DecodedBinary(decoded.put()) != S_OK || !decoded) return std::string();
   return SpanBytes(decoded.get());
+}
+
+Ref<IEMSMimeAttribute> FindPartParameter(IEMSMimePart* part, const char* field_name, std::string_view name) {
+  Ref<IEMSMessageParameter> field;
+  if (FAILED(part->FindHeader(Bstr(field_name).get(), field.put())) || !field) return {};
+  Ref<IEMSMimeAttributes> attributes;
+  if (FAILED(field->get_Attributes(attributes.put())) || !attributes) return {};
+  LONG count = 0;
+  attributes->get_AttributesCount(&count);
+  for (LONG i = 0; i < count; ++i) {
+    Ref<IEMSMimeAttribute> attribute;
+    Bstr attribute_name;
+    if (FAILED(attributes->get_Attribute(i, attribute.put())) || !attribute) continue;
+    attribute->get_Name(attribute_name.put());
+    if (attribute_name.utf8() == name) return attribute;
+  }
+  return {};
 }
 
 }  // namespace pvtool

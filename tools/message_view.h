@@ -162,6 +162,10 @@ std::string DecodedBytes(IEMSMimePart* part);
 // repaired, see RepairRawUtf8).
 std::string DisplayText(const Bstr& text);
 
+// The parameter `name` of the field `field_name` of `part`, or null. Names
+// compare case-sensitively, as in the library.
+Ref<IEMSMimeAttribute> FindPartParameter(IEMSMimePart* part, const char* field_name, std::string_view name);
+
 // Calls `each` with every field of `list` in order, skipping entries that
 // cannot be read.
 template <class Each>

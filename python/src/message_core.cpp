@@ -61,28 +61,15 @@ py::str PythonText(const std::string& utf8) {
       PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "surrogateescape")));
 }
 
-// A decoded parameter of one of a part's fields; names compare
-// case-sensitively, as in the library.
+// A decoded parameter of one of a part's fields.
 bool FindParameter(IEMSMimePart* part, const char* field_name, const char* name, std::string* value) {
-  Ref<IEMSMessageParameter> field;
-  if (FAILED(part->FindHeader(Bstr(field_name).get(), field.put())) || !field) return false;
-  Ref<IEMSMimeAttributes> attributes;
-  if (FAILED(field->get_Attributes(attributes.put())) || !attributes) return false;
-  LONG count = 0;
-  attributes->get_AttributesCount(&count);
-  for (LONG i = 0; i < count; ++i) {
-    Ref<IEMSMimeAttribute> attribute;
-    if (FAILED(attributes->get_Attribute(i, attribute.put())) || !attribute) continue;
-    Bstr attribute_name;
-    attribute->get_Name(attribute_name.put());
-    if (attribute_name.utf8() != name) continue;
-    Bstr raw, text;
-    attribute->get_RawValue(raw.put());
-    attribute->get_DecodedValue(text.put());
-    *value = Readable(text, HasEightBit(raw.wide()));
-    return true;
-  }
-  return false;
+  Ref<IEMSMimeAttribute> attribute = pvtool::FindPartParameter(part, field_name, name);
+  if (!attribute) return false;
+  Bstr raw, text;
+  attribute->get_RawValue(raw.put());
+  attribute->get_DecodedValue(text.put());
+  *value = Readable(text, HasEightBit(raw.wide()));
+  return true;
 }
 
 py::object WrapInterface(IUnknown* object) {
