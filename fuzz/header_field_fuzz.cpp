@@ -2,7 +2,8 @@
 // content-type operations. What must hold: RawData put then get gives the
 // text back (for names that do not begin with "Content-"); UnfoldedData put
 // only inserts "\r\n" before blanks; the unfolded view holds no line break
-// but its separators; DecodedData put then get gives the text back.
+// but its separators; DecodedData put then get gives the text back; a clone
+// reads as its field (for names that do not begin with "Content-").
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -97,6 +98,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Check(field->AssembleHeader(out.put()) == S_OK, "AssembleHeader status");
   ComPtr<IEMSMessageParameter> clone;
   Check(field->Clone(clone.put()) == S_OK && clone, "Clone status");
+  Bstr cloneRaw;
+  Check(field->get_RawData(out.put()) == S_OK && clone->get_RawData(cloneRaw.put()) == S_OK,
+        "RawData get status");
+  Bstr parsedName;
+  field->get_Name(parsedName.put());  // the parse may have renamed the field
+  if (!IsContentFieldName(Narrow(parsedName)))
+    Check(out.view() == cloneRaw.view(), "the clone reads as the field");
+  ComPtr<IEMSHeaderMailboxes> mailboxes;
+  if (SUCCEEDED(field->get_HeaderMailboxes(mailboxes.put())) && mailboxes) {
+    Check(mailboxes->get_DecodedMailboxes(out.put()) == S_OK, "DecodedMailboxes status");
+    Check(mailboxes->AssembleMailboxes(out.put()) == S_OK, "AssembleMailboxes status");
+  }
   field->AddChainHeader(clone.get());
   Check(field->get_UnfoldedData(out.put()) == S_OK, "UnfoldedData of a chained field");
   return 0;
