@@ -35,7 +35,6 @@ HeaderMailboxes::Entry HeaderMailboxes::EncodedEntry(std::string_view wire) cons
   MailboxParts<char> parts = SplitMailbox(wire);
   Entry entry;
   entry.encodedName = std::move(parts.name);
-  entry.namePending = !entry.encodedName.empty();
   entry.nameCodePage = defaultCodePage_;
   entry.nameEncoding = defaultEncoding_;
   entry.address = std::move(parts.address);
@@ -45,12 +44,11 @@ HeaderMailboxes::Entry HeaderMailboxes::EncodedEntry(std::string_view wire) cons
 // What decoding learns about the name's page and encoding is not kept: the
 // list writes every name with its own settings.
 const WString& HeaderMailboxes::NameOf(Entry& entry) {
-  if (entry.namePending) {
+  if (!entry.encodedName.empty()) {
     LONG codePage = entry.nameCodePage;
     LONG encoding = entry.nameEncoding;
     if (FAILED(DecodeMailboxName(entry.encodedName, &codePage, &encoding, &entry.name)))
       throw std::bad_alloc();
-    entry.namePending = false;
     std::string().swap(entry.encodedName);
   }
   return entry.name;

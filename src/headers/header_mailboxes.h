@@ -81,14 +81,14 @@ class HeaderMailboxes final : public ComObject<HeaderMailboxes, IEMSHeaderMailbo
   Slot SlotOf(LONG index) const;
   bool CanStoreAt(LONG index) const;
 
-  // One mailbox. A parsed display name waits in wire form, with the page
-  // and encoding the list had when it was parsed, until its first read.
+  // One mailbox. A parsed display name waits in wire form (`encodedName`
+  // not empty), with the page and encoding the list had when it was parsed,
+  // until its first read.
   struct Entry {
     WString name;
     std::string encodedName;
     LONG nameCodePage = 0;
     LONG nameEncoding = 0;
-    bool namePending = false;
     // ANSI bytes, or the text a host put whole.
     std::variant<std::string, WString> address;
   };
