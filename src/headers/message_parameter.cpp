@@ -628,8 +628,8 @@ HRESULT MessageParameter::PutFileName(BSTR newVal) { return SetNamedAttribute("f
 // ---------------------------------------------------------------- the library's own entry points
 HRESULT MessageParameter::ParseHeaderNarrow(std::string_view ansiText) {
   return Guard([&] {
-    if (AnsiKeepsEveryByte()) return ParseHeaderText(ansiText);
-    return ParseHeaderText(AnsiRoundTrip(ansiText));
+    std::string scratch;
+    return ParseHeaderText(AnsiRoundTrip(ansiText, &scratch));
   });
 }
 
@@ -657,7 +657,8 @@ HRESULT MessageParameter::RawDataNarrow(std::string* out) {
 
 HRESULT MessageParameter::SetContentTypeNarrow(std::string_view ansiText) {
   return Guard([&] {
-    ContentTypePut(AnsiRoundTrip(ansiText));
+    std::string scratch;
+    ContentTypePut(AnsiRoundTrip(ansiText, &scratch));
     return S_OK;
   });
 }

@@ -293,7 +293,7 @@ HRESULT MessageParameters::BlockText(std::string* out) {
   if (FAILED(hr)) return hr;
   // The interface hands the text over as wide text: what comes back from
   // that trip is what is written.
-  if (!AnsiKeepsEveryByte()) *out = AnsiRoundTrip(*out);
+  *out = AnsiRoundTrip(std::move(*out));
   return S_OK;
 }
 

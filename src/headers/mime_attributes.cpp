@@ -151,12 +151,15 @@ HRESULT MimeAttributes::Parse(std::string_view text) {
   }
 }
 
-HRESULT MimeAttributes::ParseText(std::string_view ansiText) { return Parse(AnsiRoundTrip(ansiText)); }
+HRESULT MimeAttributes::ParseText(std::string_view ansiText) {
+  std::string scratch;
+  return Parse(AnsiRoundTrip(ansiText, &scratch));
+}
 
 std::string MimeAttributes::AssembledText() {
   std::string text;
   if (FAILED(AppendAssembled(&text))) return std::string();
-  return AnsiRoundTrip(text);
+  return AnsiRoundTrip(std::move(text));
 }
 
 HRESULT MimeAttributes::AppendAssembled(std::string* ansiOut) {

@@ -1,5 +1,6 @@
 // Whole-string conversions on top of the platform-style entry points.
 #include <climits>
+#include <utility>
 
 #include "src/platform/codepage.h"
 
@@ -48,6 +49,17 @@ bool AnsiKeepsEveryByte() {
 std::string AnsiRoundTrip(std::string_view bytes) {
   if (AnsiKeepsEveryByte()) return std::string(bytes);
   return WideToAnsi(AnsiToWide(bytes));
+}
+
+std::string AnsiRoundTrip(std::string&& bytes) {
+  if (AnsiKeepsEveryByte()) return std::move(bytes);
+  return WideToAnsi(AnsiToWide(bytes));
+}
+
+std::string_view AnsiRoundTrip(std::string_view bytes, std::string* scratch) {
+  if (AnsiKeepsEveryByte()) return bytes;
+  *scratch = WideToAnsi(AnsiToWide(bytes));
+  return *scratch;
 }
 
 }  // namespace pv

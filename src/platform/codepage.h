@@ -57,8 +57,12 @@ inline std::string BstrToAnsi(BSTR s) { return WideToAnsi(View(s)); }
 bool AnsiKeepsEveryByte();
 
 // `bytes` as they come back from a round trip through wide text in the
-// ANSI code page: unchanged where the page keeps every byte.
+// ANSI code page: unchanged where the page keeps every byte. The second form
+// takes the string over without a copy there; the third gives `bytes`
+// themselves there and converts into `scratch` elsewhere.
 std::string AnsiRoundTrip(std::string_view bytes);
+std::string AnsiRoundTrip(std::string&& bytes);
+std::string_view AnsiRoundTrip(std::string_view bytes, std::string* scratch);
 
 }  // namespace pv
 

@@ -135,4 +135,20 @@ TEST(AnsiRoundTrip, KeepsEveryByteOfTheDefaultPage) {
   EXPECT_EQ(WideToAnsi(AnsiToWide(all)), all);
 }
 
+TEST(AnsiRoundTrip, KeptBytesAreNotCopied) {
+  if (std::getenv("PARCELVANE_ACP") != nullptr) GTEST_SKIP() << "PARCELVANE_ACP is set";
+  const std::string bytes = "a\xE9\x81";
+  std::string scratch = "untouched";
+  std::string_view view = AnsiRoundTrip(bytes, &scratch);
+  EXPECT_EQ(view.data(), bytes.data());
+  EXPECT_EQ(view.size(), bytes.size());
+  EXPECT_EQ(scratch, "untouched");
+  std::string owned = bytes + std::string(64, 'x');  // longer than any in-place buffer
+  const std::string expected = owned;
+  const char* buffer = owned.data();
+  std::string moved = AnsiRoundTrip(std::move(owned));
+  EXPECT_EQ(moved, expected);
+  EXPECT_EQ(moved.data(), buffer);  // taken over, not copied
+}
+
 }  // namespace pv::test
